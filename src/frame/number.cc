@@ -1,0 +1,63 @@
+#include "frame/number.h"
+
+#include "frame/locale.h"
+
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace kh {
+
+namespace {
+
+bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+const char* skip_spaces(const char* text)
+{
+    while (is_space(*text))
+        ++text;
+    return text;
+}
+
+} // namespace
+
+Parsed<long> parse_integer(const char* text) noexcept
+{
+    const char* digit = skip_spaces(text);
+    const bool negative = *digit == '-';
+    if (negative || *digit == '+')
+        ++digit;
+    if (!is_digit(*digit))
+        return {0, false};
+    // Accumulated below zero, where a long reaches one further.
+    long value = 0;
+    for (; is_digit(*digit); ++digit) {
+        if (__builtin_mul_overflow(value, 10L, &value) || __builtin_sub_overflow(value, long{*digit - '0'}, &value))
+            return {negative ? LONG_MIN : LONG_MAX, true};
+    }
+    if (negative)
+        return {value, true};
+    return {value == LONG_MIN ? LONG_MAX : -value, true};
+}
+
+Parsed<double> parse_real(const char* text) noexcept
+{
+    // from_chars reads what nearly all texts are, faster and to the same bits; signs of "+", hexadecimals, "inf",
+    // "nan", and what over- or underflows are left to strtod.
+    const char* start = skip_spaces(text);
+    const char* digits = start + (*start == '-');
+    if (is_digit(*digits) && digits[1] != 'x' && digits[1] != 'X') {
+        double value = 0;
+        const std::from_chars_result result = std::from_chars(start, digits + std::strlen(digits), value);
+        if (result.ec == std::errc())
+            return {value, true};
+    }
+    char* end = nullptr;
+    const double value = strtod_l(start, &end, c_locale());
+    return {value, end != start};
+}
+
+} // namespace kh

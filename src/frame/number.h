@@ -1,0 +1,23 @@
+// Numbers at the start of a text, with the acceptance of strtol and strtod in the "C" locale.
+#ifndef KALV_FRAME_NUMBER_H
+#define KALV_FRAME_NUMBER_H
+
+namespace kh {
+
+/// A number and whether there was one; as strtol and strtod, an overflow yields the largest number of its sign.
+template <class Number> struct Parsed {
+    Number value;
+    bool found;
+};
+
+Parsed<long> parse_integer(const char* text) noexcept;
+Parsed<double> parse_real(const char* text) noexcept;
+
+/// The exported conversion for a type of number, which reports.
+template <class Number> Number converted(const char* text, long* ierr) noexcept;
+template <> long converted<long>(const char* text, long* ierr) noexcept;
+template <> double converted<double>(const char* text, long* ierr) noexcept;
+
+} // namespace kh
+
+#endif

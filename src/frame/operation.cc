@@ -1,0 +1,40 @@
+#include "frame/operation.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace kh {
+
+namespace {
+
+/// A detail, printed. The report takes at most 510 characters, so nothing that it could show is lost here.
+struct Detail {
+    Detail(const char* format, va_list arguments) noexcept
+    {
+        if (std::vsnprintf(text, sizeof text, format, arguments) < 0)
+            text[0] = '\0';
+    }
+    char text[KH_MESSAGE_SIZE];
+};
+
+} // namespace
+
+long Operation::fail(long code, const char* detail, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, detail);
+    const Detail printed(detail, arguments);
+    va_end(arguments);
+    return *status_ = kh_handle_error(&report_, code, 1, "\n\tFunction: %s%s", name_, printed.text);
+}
+
+long Operation::pass_on(long code, const char* detail, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, detail);
+    const Detail printed(detail, arguments);
+    va_end(arguments);
+    return *status_ = kh_handle_error(&report_, code, 0, "\n\tFunction: %s%s", name_, printed.text);
+}
+
+} // namespace kh

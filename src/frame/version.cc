@@ -1,0 +1,40 @@
+#include <kalv/version.h>
+
+#include <cstdio>
+#include <cstring>
+
+const char KH_FILE_HANDLING_VERSION[100] = "KH_VERS_" KH_VERSION_TEXT;
+const char KH_Library_compat[1][100] = {"KH_KH_COMPAT_" KH_VERSION_TEXT};
+
+namespace {
+
+// The libraries of the family, this one first. Only its own row is printed.
+constexpr char lib_names[6][30] = {"kalvira_file_handling", "kalvira_common",   "kalvira_time",
+                                   "kalvira_orbit",         "kalvira_pointing", "kalvira_visibility"};
+
+} // namespace
+
+char* KH_Get_lib_version(char* dst) { return dst ? std::strcpy(dst, KH_FILE_HANDLING_VERSION) : nullptr; }
+
+char* KH_Get_compatibility_table(void)
+{
+    // The mark is always in the table, so the scan needs no end; callers get a pointer that is not const.
+    const char(*row)[100] = KH_Library_compat;
+    const char* mark = nullptr;
+    while (!(mark = std::strstr(*row, "KH_KH_COMPAT")))
+        ++row;
+    return const_cast<char*>(mark);
+}
+
+long KH_strcmp(const char* a, const char* b) { return a && b && std::strcmp(a, b) == 0; }
+
+long kh_check_library_version(void)
+{
+    char version[30] = {};
+    KH_Get_lib_version(version);
+    const char* number = version + std::strlen("KH_VERS_");
+    std::puts("\nCurrent Kalvira libraries:");
+    std::puts("------------------------------------ ");
+    std::printf("%s version = %s\n", lib_names[0], number);
+    return 0;
+}
