@@ -105,7 +105,7 @@ long kh_set_error(long code, kh_error_record* rec)
     if (!rec)
         return 0;
     const std::string_view text = text_of(code);
-    rec->code = known(code) ? code : KH_ERR_UNKNOWN;
+    rec->code = known(code) ? code : long{KH_ERR_UNKNOWN};
     rec->length = static_cast<long>(text.copy(rec->message, KH_MESSAGE_SIZE - 1));
     rec->message[rec->length] = '\0';
     return rec->length;

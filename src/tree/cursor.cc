@@ -1,0 +1,217 @@
+// The cursor: forward in document order, and the single steps that paths are made of.
+#include "tree/cursor.h"
+
+#include <kalv/cursor.h>
+
+namespace kh {
+
+xmlNode* next_node_beside(const xmlNode* node) noexcept
+{
+    for (; node; node = node->parent) {
+        if (node->next)
+            return node->next;
+    }
+    return nullptr;
+}
+
+xmlNode* next_node(const xmlNode* node) noexcept
+{
+    xmlNode* child = first_child(node);
+    return child ? child : next_node_beside(node);
+}
+
+xmlNode* go_to_next_element(Document& document, Search search) noexcept
+{
+    if (!document.current)
+        return nullptr;
+    const char* tag = document.requested_tag;
+    for (xmlNode* node = next_node(document.current); node; node = next_node(node)) {
+        if (!is_element(node))
+            continue;
+        ++document.visited;
+        if (search == Search::any_element || (tag && is_named(node, tag)))
+            return document.current = node;
+    }
+    return nullptr;
+}
+
+xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char* name) noexcept
+{
+    for (xmlNode* sibling = node->next; sibling; sibling = sibling->next) {
+        if (is_element_named(sibling, name))
+            return document.current = sibling;
+    }
+    return nullptr;
+}
+
+xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, long index) noexcept
+{
+    xmlNode* child = first_child(node);
+    if (!child)
+        return nullptr;
+    // An index below 0 takes the first child, whatever it is: callers reach texts that way.
+    for (long k = is_element_named(child, name) ? 0 : -1; k < index; ++k) {
+        child = go_to_next_sibling(document, child, name);
+        if (!child)
+            return nullptr;
+    }
+    return child;
+}
+
+xmlAttr* attribute_named(const xmlNode* node, const char* name) noexcept
+{
+    xmlAttr* attribute = first_attribute(node);
+    while (attribute && std::strcmp(from_xml(attribute->name), name) != 0)
+        attribute = attribute->next;
+    return attribute;
+}
+
+long distance_from_root(const Document& document, const xmlNode* node) noexcept
+{
+    long steps = 0;
+    for (; node != document.root && node->parent; node = node->parent)
+        ++steps;
+    return steps;
+}
+
+bool set_requested_tag(Document& document, std::string_view name) noexcept
+{
+    if (!document.requested_tag || document.requested_tag_size <= name.size()) {
+        char* larger = static_cast<char*>(std::realloc(document.requested_tag, name.size() + 1));
+        if (!larger)
+            return false;
+        document.requested_tag = larger;
+        document.requested_tag_size = name.size() + 1;
+    }
+    // The name may be the tag itself, or lie in it.
+    std::memmove(document.requested_tag, name.data(), name.size());
+    document.requested_tag[name.size()] = '\0';
+    document.visited = 0;
+    return true;
+}
+
+void clear_requested_tag(Document& document) noexcept
+{
+    std::free(document.requested_tag);
+    document.requested_tag = nullptr;
+    document.requested_tag_size = 0;
+    document.visited = 0;
+}
+
+} // namespace kh
+
+using kh::Document;
+using kh::Operation;
+
+long kh_tree_rewind(long* fd, long* ierr)
+{
+    Operation op("kh_tree_rewind", ierr);
+    if (Document* document = document_with_root(op, fd))
+        document->current = document->root;
+    return op.status();
+}
+
+long kh_tree_go_to_element_node(long* fd, const char* name, long* ierr)
+{
+    Operation op("kh_tree_go_to_element_node", ierr);
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (name && !set_requested_tag(*document, name))
+        return op.fail(KH_ERR_MEMORY);
+    if (!document->requested_tag)
+        return op.fail(KH_ERR_NO_REQUEST);
+    if (!go_to_next_element(*document, kh::Search::requested_tag))
+        return op.fail(KH_ERR_NOT_FOUND);
+    return op.status();
+}
+
+long kh_tree_go_to_next_element_node(long* fd, long* ierr)
+{
+    Operation op("kh_tree_go_to_next_element_node", ierr);
+    Document* document = document_with_root(op, fd);
+    if (document && !go_to_next_element(*document, kh::Search::any_element))
+        op.fail(KH_ERR_NOT_FOUND);
+    return op.status();
+}
+
+xmlNode* kh_tree_get_next_node(xmlNode* node) { return node ? kh::next_node(node) : nullptr; }
+
+xmlNode* kh_tree_get_parent_next_node(xmlNode* node) { return kh::next_node_beside(node); }
+
+xmlNode* kh_tree_get_next_element_node(long* fd, int mode)
+{
+    Document* document = kh::find_document(fd);
+    const kh::Search search = mode == 1 ? kh::Search::any_element : kh::Search::requested_tag;
+    return document ? go_to_next_element(*document, search) : nullptr;
+}
+
+void kh_tree_set_requested_tag(long* fd, const char* name)
+{
+    Document* document = kh::find_document(fd);
+    if (document && !(name && set_requested_tag(*document, name)))
+        clear_requested_tag(*document);
+}
+
+long kh_tree_is_attribute(long* fd)
+{
+    const Document* document = kh::find_document(fd);
+    return document && document->stack_count > 0 && *document->stack_name[document->stack_count - 1] == '@';
+}
+
+xmlNode* kh_tree_go_to_next_sibling(long* fd, xmlNode* node, const char* name)
+{
+    Document* document = kh::find_document(fd);
+    return document && node && name ? go_to_next_sibling(*document, node, name) : nullptr;
+}
+
+xmlNode* kh_tree_go_to_child(long* fd, xmlNode* node, const char* name, long index)
+{
+    Document* document = kh::find_document(fd);
+    return document && node && name ? go_to_child(*document, node, name, index) : nullptr;
+}
+
+xmlNode* kh_tree_go_to_parent(long* fd, xmlNode* node, long* ierr)
+{
+    Operation op("kh_tree_go_to_parent", ierr);
+    const Document* document = document_with_root(op, fd);
+    if (!document)
+        return nullptr;
+    if (!node) {
+        op.null_argument();
+        return nullptr;
+    }
+    if (node != document->root)
+        return node->parent;
+    op.fail(KH_WARN_ROOT_REACHED);
+    return node;
+}
+
+xmlAttr* kh_tree_go_to_attribute(xmlNode* node, const char* at_name)
+{
+    return node && at_name && *at_name ? kh::attribute_named(node, at_name + 1) : nullptr;
+}
+
+long kh_tree_get_sibling_index(xmlNode* node, long* total, long* position)
+{
+    if (!node || !node->name)
+        return 0;
+    const char* name = kh::from_xml(node->name);
+    long following = 0;
+    long preceding = 0;
+    for (const xmlNode* sibling = node->next; sibling; sibling = sibling->next)
+        following += kh::is_element_named(sibling, name);
+    for (const xmlNode* sibling = node->prev; sibling; sibling = sibling->prev)
+        preceding += kh::is_element_named(sibling, name);
+    if (total)
+        *total = following + preceding + 1;
+    if (position)
+        *position = preceding + 1;
+    return following + preceding + 1;
+}
+
+long kh_tree_distance_from_root(long* fd, xmlNode* node)
+{
+    const Document* document = kh::find_document(fd);
+    return document && node ? distance_from_root(*document, node) : 0;
+}

@@ -1,0 +1,46 @@
+// The record of an open document, and how calls get at it.
+#ifndef KALV_TREE_DOCUMENT_H
+#define KALV_TREE_DOCUMENT_H
+
+#include "frame/memory.h"
+#include "frame/operation.h"
+#include "tree/xml.h"
+
+#include <atomic>
+#include <kalv/document.h>
+
+namespace kh {
+
+/// A slot of the table: the fields that callers may read, and behind them the library's own.
+struct Document : kh_document_slot {
+    Document() noexcept : kh_document_slot() {}
+    ~Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    /// True while the opening thread still parses: the slot is nobody's yet, and releasing it changes nothing.
+    std::atomic<bool> opening{false};
+
+    /// The names on the path stack, one behind the other; `stack_name` points into them.
+    Block<char> path_names;
+    std::size_t path_names_size = 0;
+
+    /// Room of the block that `requested_tag` owns.
+    std::size_t requested_tag_size = 0;
+
+    /// Namespace declarations that were taken off their element while others still refer to them.
+    XmlNamespaces detached;
+};
+
+/// The document of a descriptor; null, with a report, where there is none.
+Document* open_document(Operation& op, const long* fd) noexcept;
+
+/// The same, for calls that need a root element.
+Document* document_with_root(Operation& op, const long* fd) noexcept;
+
+/// The document of a descriptor; null where there is none, for calls that report nothing.
+Document* find_document(const long* fd) noexcept;
+
+} // namespace kh
+
+#endif

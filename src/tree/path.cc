@@ -1,0 +1,294 @@
+// The path language: a path text becomes the slot's stack of names and 0-based indices; walks follow it.
+//     path    = ["/"] segment { "/" segment }       "/a//b" is "/a/b"
+//     segment = name [ "[" index "]" ] | "." | ".." | "@" name
+// A refused path leaves the stack empty.
+#include "tree/path.h"
+
+#include "frame/number.h"
+#include "tree/cursor.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <kalv/cursor.h>
+#include <kalv/path.h>
+#include <string_view>
+
+namespace kh {
+
+namespace {
+
+struct Segment {
+    std::string_view name;
+    long index; ///< 0-based
+};
+
+/// The index that a text behind "[" stands for, cut to 32 bits as callers have always seen it. Whatever follows the
+/// number ends it, so the text needs no end of its own.
+long index_of(std::string_view written) noexcept
+{
+    const auto number = static_cast<std::uint64_t>(written.empty() ? 0 : parse_integer(written.data()).value);
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(number - 1));
+}
+
+/// The segments of a path.
+struct Segments {
+    Segment items[KH_MAX_PATH_NODES];
+    long count = 0;
+    long array_position = -1;
+    bool fit_the_stack = true;
+    bool one_array_at_most = true;
+
+    explicit Segments(std::string_view path) noexcept
+    {
+        while (fit_the_stack && !path.empty()) {
+            const std::size_t length = std::min(path.find('/'), path.size());
+            if (length > 0)
+                add(path.substr(0, length));
+            path.remove_prefix(std::min(length + 1, path.size()));
+        }
+    }
+
+private:
+    void add(std::string_view segment) noexcept
+    {
+        fit_the_stack = count < KH_MAX_PATH_NODES;
+        if (!fit_the_stack)
+            return;
+        const std::size_t bracket = segment.find('[');
+        long index = 0;
+        if (segment.substr(std::min(bracket, segment.size()), 2) == "[*") {
+            one_array_at_most = one_array_at_most && array_position == -1;
+            array_position = count;
+            // The array node keeps the index of the node before it: callers rely on it.
+            index = count > 0 ? items[count - 1].index : 0;
+        } else if (bracket != std::string_view::npos) {
+            index = index_of(segment.substr(bracket + 1));
+        }
+        items[count++] = {segment.substr(0, bracket), index};
+    }
+};
+
+void empty_stack(Document& document) noexcept
+{
+    document.stack_count = 0;
+    document.absolute = 0;
+    document.array_position = -1;
+}
+
+/// Room for the names of a path. Names of a path that lies in that room itself are not longer than it.
+bool reserve_names(Document& document, std::size_t size) noexcept
+{
+    if (size <= document.path_names_size)
+        return true;
+    Block<char> larger(static_cast<char*>(std::malloc(size)));
+    if (!larger)
+        return false;
+    document.path_names = std::move(larger);
+    document.path_names_size = size;
+    return true;
+}
+
+/// Copies the segments onto the stack. Names are moved in order and towards the front, since the path may be a name
+/// of the stack itself.
+void fill_stack(Document& document, const Segments& segments) noexcept
+{
+    char* room = document.path_names.get();
+    for (long i = 0; i < segments.count; ++i) {
+        const auto& [name, index] = segments.items[i];
+        std::memmove(room, name.data(), name.size());
+        room[name.size()] = '\0';
+        document.stack_name[i] = room;
+        document.stack_index[i] = index;
+        room += name.size() + 1;
+    }
+    document.stack_count = segments.count;
+    document.array_position = segments.array_position;
+}
+
+/// The last name that is no attribute becomes the requested tag.
+bool request_last_element(Document& document) noexcept
+{
+    const long last = document.stack_count - 1 - ends_with_attribute(document);
+    return last < 0 || set_requested_tag(document, document.stack_name[last]);
+}
+
+long chop(Document& document, const char* path, Operation& op) noexcept
+{
+    const std::string_view text = path;
+    const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
+    const bool absolute = text.substr(0, 1) == "/";
+    empty_stack(document);
+    const Segments segments(text);
+    if (!segments.fit_the_stack && !bad_start)
+        return op.fail(KH_ERR_PATH_LENGTH, ". Bad path: %s", path);
+    if (bad_start || segments.count == 0 || !segments.one_array_at_most)
+        return op.fail(KH_ERR_ARGUMENT, ". Bad path: %s", path);
+    if (!reserve_names(document, text.size() + 1))
+        return op.fail(KH_ERR_MEMORY);
+    fill_stack(document, segments);
+    document.absolute = absolute;
+    if (!request_last_element(document)) {
+        empty_stack(document);
+        return op.fail(KH_ERR_MEMORY);
+    }
+    return op.status();
+}
+
+/// The end of a walk over the whole stack: a last attribute is not walked.
+long walk_end(const Document& document) noexcept { return document.stack_count - ends_with_attribute(document); }
+
+/// Follows the entries from `first` up to `end`; the cursor moves to the node reached. Null, without a report,
+/// where there is no such node.
+xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end, Operation& op) noexcept
+{
+    for (long i = first; node && i < end; ++i) {
+        const std::string_view name = document.stack_name[i];
+        if (name == "..") {
+            node = kh_tree_go_to_parent(fd, node, op.error_vector());
+            if (op.status() != KH_OK)
+                op.pass_on();
+        } else if (name != ".") {
+            node = go_to_child(document, node, document.stack_name[i], document.stack_index[i]);
+        }
+    }
+    if (node)
+        document.current = node;
+    return node;
+}
+
+/// Walks from the start of the path, the root or the cursor, up to `end`. A path that begins with another name than
+/// the root's is refused, and the root returned.
+xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) noexcept
+{
+    if (!document.absolute)
+        return walk(fd, document, document.current, 0, end, op);
+    if (document.stack_count > 0 && !is_named(document.root, document.stack_name[0])) {
+        op.fail(KH_ERR_ARGUMENT, ". Bad root element: %s", document.stack_name[0]);
+        return document.root;
+    }
+    return walk(fd, document, document.root, 1, end, op);
+}
+
+} // namespace
+
+bool ends_with_attribute(const Document& document) noexcept
+{
+    return document.stack_count > 0 && *document.stack_name[document.stack_count - 1] == '@';
+}
+
+const char* attribute_name(const Document& document) noexcept
+{
+    return document.stack_name[document.stack_count - 1] + 1;
+}
+
+bool has_array_node(const Document& document) noexcept { return document.array_position != -1; }
+
+std::string path_of(const Document& document, xmlNode* element)
+{
+    // Written from the end, so that a step up appends to it.
+    std::string reversed;
+    for (xmlNode* node = element; node && node != document.root; node = node->parent) {
+        if (!is_element(node))
+            continue;
+        long total = 0;
+        long position = 0;
+        kh_tree_get_sibling_index(node, &total, &position);
+        const std::string segment = "/" + std::string(from_xml(node->name)) +
+                                    (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
+        reversed.append(segment.rbegin(), segment.rend());
+    }
+    return "/" + std::string(from_xml(document.root->name)).append(reversed.rbegin(), reversed.rend());
+}
+
+} // namespace kh
+
+using kh::Document;
+using kh::KeepStatus;
+using kh::Operation;
+
+long kh_tree_chop_path(long* fd, const char* path, long* ierr)
+{
+    Operation op("kh_tree_chop_path", ierr);
+    Document* document = open_document(op, fd);
+    if (!document)
+        return op.status();
+    return path ? kh::chop(*document, path, op) : op.null_argument();
+}
+
+xmlNode* kh_tree_go_to_stack_node(long* fd, long* ierr)
+{
+    Operation op("kh_tree_go_to_stack_node", ierr);
+    Document* document = document_with_root(op, fd);
+    return document ? kh::walk_from_start(fd, *document, kh::walk_end(*document), op) : nullptr;
+}
+
+long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
+{
+    Operation op("kh_tree_go_to_path_node", ierr);
+    if (!document_with_root(op, fd))
+        return op.status();
+    if (!path)
+        return op.null_argument();
+    kh_tree_chop_path(fd, path, op.error_vector());
+    if (op.failed())
+        return op.pass_on();
+    const xmlNode* node = kh_tree_go_to_stack_node(fd, op.error_vector());
+    if (op.failed())
+        return op.pass_on();
+    if (!node)
+        return op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
+    return op.status(); // 0, or the warning that ".." met the root
+}
+
+xmlNode* kh_tree_go_to_stack_array_node(long* fd, long* k, long* ierr)
+{
+    Operation op("kh_tree_go_to_stack_array_node", ierr, KeepStatus());
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return nullptr;
+    if (!k) {
+        op.null_argument();
+        return nullptr;
+    }
+    if (*k < 0) {
+        op.fail(KH_ERR_ARGUMENT, ". Bad index: %ld", *k);
+        return nullptr;
+    }
+    const long position = document->array_position;
+    if (position < 0 || position >= document->stack_count) {
+        op.fail(KH_ERR_NOT_ARRAY, ". Position of the array elements in the stack: %ld", 0L);
+        return nullptr;
+    }
+    document->stack_index[position] = *k;
+    return kh::walk_from_start(fd, *document, position + 1, op);
+}
+
+xmlNode* kh_tree_go_to_stack_from_array_node(long* fd, long* ierr)
+{
+    Operation op("kh_tree_go_to_stack_from_array_node", ierr, KeepStatus());
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return nullptr;
+    if (document->array_position < 0) {
+        // The position shown is always 0: callers compare this text.
+        op.fail(KH_ERR_NOT_ARRAY, ". Position of the array elements in the stack: %ld", 0L);
+        return nullptr;
+    }
+    return kh::walk(fd, *document, document->current, document->array_position + 1, kh::walk_end(*document), op);
+}
+
+long kh_tree_get_path(long* fd, char* out, long* ierr)
+{
+    Operation op("kh_tree_get_path", ierr);
+    const Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!out)
+        return op.null_argument();
+    if (!document->current)
+        return op.fail(KH_ERR_NO_CURRENT);
+    if (!kh::is_element(document->current))
+        return op.fail(KH_ERR_NOT_ELEMENT);
+    op.guarded([&] { std::strcpy(out, path_of(*document, document->current).c_str()); });
+    return op.status();
+}

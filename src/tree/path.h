@@ -1,0 +1,25 @@
+// Paths, for those who have the document already.
+#ifndef KALV_TREE_PATH_H
+#define KALV_TREE_PATH_H
+
+#include "tree/document.h"
+
+#include <string>
+
+namespace kh {
+
+/// True when the last path names an attribute, which walks leave to their callers.
+bool ends_with_attribute(const Document& document) noexcept;
+
+/// The name of that attribute, without its "@".
+const char* attribute_name(const Document& document) noexcept;
+
+/// True when the last path has a node written "[*]".
+bool has_array_node(const Document& document) noexcept;
+
+/// The absolute path of an element below the root. May throw std::bad_alloc.
+std::string path_of(const Document& document, xmlNode* element);
+
+} // namespace kh
+
+#endif

@@ -1,0 +1,269 @@
+// The table of open documents: taking slots, lowest first, and releasing them.
+//
+// The lock guards the table's pointers and nothing else. A file is parsed outside it, into a slot that was
+// reserved before; until the parse is done the slot is nobody's, and releasing it changes nothing.
+#include <kalv/document.h>
+
+#include "tree/document.h"
+#include "tree/parse.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <libxml/parser.h>
+#include <sys/single_threaded.h>
+
+kh_document_slot* global_current_status[KH_MAX_DOCUMENTS] = {};
+pthread_mutex_t parser_mutex = PTHREAD_MUTEX_INITIALIZER;
+
+namespace kh {
+
+namespace {
+
+class TableLock {
+public:
+    TableLock() noexcept : held_(pthread_mutex_lock(&parser_mutex) == 0) {}
+    ~TableLock() { unlock(); }
+    TableLock(const TableLock&) = delete;
+    TableLock& operator=(const TableLock&) = delete;
+
+    bool held() const noexcept { return held_; }
+
+    /// Gives the lock back, and says on standard output when that fails.
+    bool unlock() noexcept
+    {
+        const bool unlocked = !held_ || pthread_mutex_unlock(&parser_mutex) == 0;
+        held_ = false;
+        if (!unlocked)
+            std::puts("!!! Error closing the threads. All threads will be closed");
+        return unlocked;
+    }
+
+private:
+    bool held_;
+};
+
+bool in_table(long fd) noexcept { return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS; }
+
+Document* in_slot(long fd) noexcept { return static_cast<Document*>(global_current_status[fd]); }
+
+long lowest_free_slot() noexcept
+{
+    return std::find(std::begin(global_current_status), std::end(global_current_status), nullptr) -
+           global_current_status;
+}
+
+bool table_is_empty() noexcept
+{
+    return std::all_of(std::begin(global_current_status), std::end(global_current_status),
+                       [](const kh_document_slot* slot) { return !slot; });
+}
+
+/// Empties a slot and hands out what was in it. A slot that is still being opened belongs to the thread that opens
+/// it: only that thread names its document as `opened`.
+std::unique_ptr<Document> take_out(long fd, const Document* opened) noexcept
+{
+    Document* document = in_slot(fd);
+    if (document && document->opening && document != opened)
+        return nullptr;
+    global_current_status[fd] = nullptr;
+    return std::unique_ptr<Document>(document);
+}
+
+void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
+{
+    TableLock lock;
+    if (!lock.held()) {
+        op.fail(KH_ERR_LOCK);
+        return;
+    }
+    if (!in_table(fd)) {
+        op.fail(KH_ERR_DESCRIPTOR);
+        return;
+    }
+    std::unique_ptr<Document> document = take_out(fd, opened);
+    const bool last = document && table_is_empty();
+    lock.unlock();
+    document.reset();
+    // With other threads about, the clean-up would pull libxml2 from under whoever is using it.
+    if (last && __libc_single_threaded)
+        xmlCleanupParser();
+}
+
+/// Gives up a slot whose opening failed. The caller's status tells why it failed, so this one is not told.
+void give_up(long fd, const Document* opened) noexcept
+{
+    long untold = KH_OK;
+    Operation op("kh_tree_cleanup_parser", &untold);
+    release(op, fd, opened);
+}
+
+/// Puts a new record into a free slot; null when there is no memory for it.
+Document* reserve(long fd) noexcept
+{
+    auto* document = new (std::nothrow) Document;
+    if (document)
+        document->opening = true;
+    global_current_status[fd] = document;
+    return document;
+}
+
+/// The buffer is larger than the name needs; callers rely on that room.
+char* copy_of_file_name(const char* file_name) noexcept
+{
+    const std::size_t length = std::strlen(file_name);
+    auto* copy = static_cast<char*>(std::malloc(std::max<std::size_t>(8 * length, 8)));
+    return copy ? std::strcpy(copy, file_name) : nullptr;
+}
+
+/// Parses the file into a reserved slot. \return the status to report
+long fill(Document& document, const char* file_name) noexcept
+{
+    document.doc = parse_file(file_name).release();
+    if (!document.doc)
+        return KH_ERR_PARSE;
+    document.file_name = copy_of_file_name(file_name);
+    if (!document.file_name)
+        return KH_ERR_MEMORY;
+    document.root = xmlDocGetRootElement(document.doc);
+    document.current = document.root;
+    return document.root ? KH_OK : KH_ERR_ROOT_ELEMENT;
+}
+
+} // namespace
+
+Document::~Document()
+{
+    xmlFreeDoc(doc);
+    std::free(file_name);
+    std::free(requested_tag);
+}
+
+Document* find_document(const long* fd) noexcept { return fd && in_table(*fd) ? in_slot(*fd) : nullptr; }
+
+Document* open_document(Operation& op, const long* fd) noexcept
+{
+    Document* document = find_document(fd);
+    if (!fd)
+        op.null_argument();
+    else if (!in_table(*fd))
+        op.fail(KH_ERR_DESCRIPTOR);
+    else if (!document)
+        op.fail(KH_ERR_NO_DOCUMENT);
+    return document;
+}
+
+Document* document_with_root(Operation& op, const long* fd) noexcept
+{
+    Document* document = open_document(op, fd);
+    if (document && !document->root) {
+        op.fail(KH_ERR_NO_ROOT);
+        return nullptr;
+    }
+    return document;
+}
+
+} // namespace kh
+
+using kh::Document;
+using kh::Operation;
+
+long kh_tree_init_parser(const char* file_name, long* ierr)
+{
+    static xmlGenericErrorFunc handler = KH_handle_xml_error;
+    Operation op("kh_tree_init_parser", ierr);
+    kh::TableLock lock;
+    if (!lock.held()) {
+        op.fail(KH_ERR_LOCK);
+        return 0;
+    }
+    xmlInitParser();
+    initGenericErrorDefaultFunc(&handler);
+    const long fd = kh::lowest_free_slot();
+    const bool full = fd == KH_MAX_DOCUMENTS;
+    Document* document = full || !file_name ? nullptr : kh::reserve(fd);
+    if (!lock.unlock()) {
+        if (document)
+            document->opening = false;
+        return -1;
+    }
+    if (full) {
+        op.fail(KH_ERR_TABLE_FULL);
+        return -1;
+    }
+    if (!file_name) {
+        op.null_argument();
+        return fd;
+    }
+    if (!document) {
+        op.fail(KH_ERR_MEMORY);
+        return fd;
+    }
+    const long status = kh::fill(*document, file_name);
+    if (status == KH_OK) {
+        document->opening = false;
+        return fd;
+    }
+    if (status == KH_ERR_MEMORY)
+        op.fail(status);
+    else
+        op.fail(status, ". File: %s", file_name);
+    kh::give_up(fd, document);
+    return fd;
+}
+
+long kh_tree_create(long* ierr)
+{
+    Operation op("kh_tree_create", ierr);
+    kh::TableLock lock;
+    if (!lock.held()) {
+        op.fail(KH_ERR_LOCK);
+        return 0;
+    }
+    xmlInitParser();
+    // A full table gives 512 here and -1 from kh_tree_init_parser: callers tell them apart.
+    const long fd = kh::lowest_free_slot();
+    const bool full = fd == KH_MAX_DOCUMENTS;
+    Document* document = full ? nullptr : kh::reserve(fd);
+    if (document) {
+        const kh::ParserCall call;
+        kh::XmlDocument empty(xmlNewDoc(kh::to_xml("1.0")));
+        document->doc = call.out_of_memory() ? nullptr : empty.release();
+        document->opening = !document->doc;
+    }
+    if (!lock.unlock())
+        return -1;
+    if (full) {
+        op.fail(KH_ERR_TABLE_FULL);
+    } else if (!document) {
+        op.fail(KH_ERR_MEMORY);
+    } else if (!document->doc) {
+        op.fail(KH_ERR_CREATE_DOCUMENT);
+        kh::give_up(fd, document);
+    }
+    return fd;
+}
+
+long kh_tree_cleanup_parser(long* fd, long* ierr)
+{
+    Operation op("kh_tree_cleanup_parser", ierr);
+    if (fd)
+        kh::release(op, *fd);
+    else
+        op.null_argument();
+    return op.status();
+}
+
+void kh_tree_cleanup_all_parser(void)
+{
+    for (long fd = 0; fd < KH_MAX_DOCUMENTS; ++fd) {
+        long ignored = KH_OK;
+        kh_tree_cleanup_parser(&fd, &ignored);
+    }
+}
+
+char* KH_get_file_name(long fd)
+{
+    const Document* document = kh::find_document(&fd);
+    return document ? document->file_name : nullptr;
+}

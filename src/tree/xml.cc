@@ -1,0 +1,46 @@
+#include "tree/xml.h"
+
+#include <kalv/status.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace kh {
+
+ParserCall::ParserCall() noexcept
+    : generic_(xmlGenericError), generic_context_(xmlGenericErrorContext), structured_(xmlStructuredError),
+      structured_context_(xmlStructuredErrorContext)
+{
+    xmlResetLastError();
+    xmlSetGenericErrorFunc(this, take_message);
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
+}
+
+ParserCall::~ParserCall()
+{
+    xmlSetGenericErrorFunc(generic_context_, generic_);
+    xmlSetStructuredErrorFunc(structured_context_, structured_);
+}
+
+static bool last_error_is_memory() noexcept
+{
+    const xmlError* error = xmlGetLastError();
+    return error && error->code == XML_ERR_NO_MEMORY;
+}
+
+bool ParserCall::out_of_memory() const noexcept { return out_of_memory_ || last_error_is_memory(); }
+
+void ParserCall::take_message(void* self, const char* format, ...)
+{
+    // A later message would hide that memory ran out.
+    if (last_error_is_memory())
+        static_cast<ParserCall*>(self)->out_of_memory_ = true;
+    char text[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    KH_handle_xml_error(nullptr, "%s", text);
+}
+
+} // namespace kh

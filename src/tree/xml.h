@@ -1,0 +1,79 @@
+// libxml2 in the terms of this library: owners, casts, and a guard around every call that can report.
+#ifndef KALV_TREE_XML_H
+#define KALV_TREE_XML_H
+
+#include <cstring>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+#include <memory>
+
+namespace kh {
+
+inline const xmlChar* to_xml(const char* text) noexcept { return reinterpret_cast<const xmlChar*>(text); }
+inline const char* from_xml(const xmlChar* text) noexcept { return reinterpret_cast<const char*>(text); }
+
+struct FreeXml {
+    void operator()(xmlChar* text) const noexcept { xmlFree(text); } // xmlFree is a variable
+    void operator()(xmlDoc* document) const noexcept { xmlFreeDoc(document); }
+    void operator()(xmlNode* node) const noexcept { xmlFreeNode(node); }
+    void operator()(xmlNs* namespace_) const noexcept { xmlFreeNsList(namespace_); }
+};
+using XmlText = std::unique_ptr<xmlChar, FreeXml>;
+using XmlDocument = std::unique_ptr<xmlDoc, FreeXml>;
+using XmlNode = std::unique_ptr<xmlNode, FreeXml>;
+using XmlNamespaces = std::unique_ptr<xmlNs, FreeXml>;
+
+/// For its lifetime libxml2's messages of this thread come to the library, and afterwards go where they went
+/// before. libxml2 swallows many failed allocations and goes on with a document that lacks something; whoever
+/// calls it asks here whether that happened.
+class ParserCall {
+public:
+    ParserCall() noexcept;
+    ~ParserCall();
+    ParserCall(const ParserCall&) = delete;
+    ParserCall& operator=(const ParserCall&) = delete;
+
+    /// True when an allocation of libxml2's has failed since the call began.
+    bool out_of_memory() const noexcept;
+
+private:
+    static void take_message(void* self, const char* format, ...);
+
+    xmlGenericErrorFunc generic_;
+    void* generic_context_;
+    xmlStructuredErrorFunc structured_;
+    void* structured_context_;
+    bool out_of_memory_ = false;
+};
+
+inline bool is_element(const xmlNode* node) noexcept { return node->type == XML_ELEMENT_NODE; }
+
+/// The first child. An entity reference is a leaf: libxml2 links it to its declaration, from which a walk would
+/// run into the document type and loop.
+inline xmlNode* first_child(const xmlNode* node) noexcept
+{
+    return node->type == XML_ENTITY_REF_NODE ? nullptr : node->children;
+}
+
+/// The attributes; null for everything that is no element, where libxml2 keeps other things in their place.
+inline xmlAttr* first_attribute(const xmlNode* node) noexcept { return is_element(node) ? node->properties : nullptr; }
+
+inline bool is_named(const xmlNode* node, const char* name) noexcept
+{
+    return node->name && std::strcmp(from_xml(node->name), name) == 0;
+}
+
+inline bool is_element_named(const xmlNode* node, const char* name) noexcept
+{
+    return is_element(node) && is_named(node, name);
+}
+
+/// The content of a node as it stands; the empty text where it has none.
+inline const char* content_of(const xmlNode* node) noexcept
+{
+    return node && node->content ? from_xml(node->content) : "";
+}
+
+} // namespace kh
+
+#endif
