@@ -43,7 +43,8 @@ KH_EXPORT struct _xmlNode* kh_tree_get_parent_next_node(struct _xmlNode* node);
  *  \return the element, which the cursor then stands on; null when there is none, the cursor stays */
 KH_EXPORT struct _xmlNode* kh_tree_get_next_element_node(long* fd, int mode);
 
-/** Sets the requested tag to a copy of `name`, or to none for null, and the count of visited elements to 0. */
+/** Sets the requested tag to a copy of `name`, or to none for null, and the count of visited elements to 0.
+ */
 KH_EXPORT void kh_tree_set_requested_tag(long* fd, const char* name);
 
 /** \return 1 when the last node of the last path names an attribute, else 0 */
@@ -78,8 +79,8 @@ KH_EXPORT struct _xmlAttr* kh_tree_go_to_attribute(struct _xmlNode* node, const 
  *  \return the total; 0 for a null node */
 KH_EXPORT long kh_tree_get_sibling_index(struct _xmlNode* node, long* total, long* position);
 
-/** \return the number of steps from a node up to the root; 0 for the root and for null; for a node that is not
- *  below the root, the number of steps to the top */
+/** \return the number of steps from a node up to the root; 0 for the root and for null; for a node that is
+ * not below the root, the number of steps to the top */
 KH_EXPORT long kh_tree_distance_from_root(long* fd, struct _xmlNode* node);
 
 #ifdef __cplusplus

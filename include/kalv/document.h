@@ -48,8 +48,8 @@ extern KH_EXPORT pthread_mutex_t parser_mutex;
  *  \param[out] ierr 0; #KH_ERR_LOCK; #KH_ERR_TABLE_FULL; #KH_ERR_ARGUMENT null name; #KH_ERR_MEMORY;
  *                   #KH_ERR_PARSE not readable, not well-formed, or too large for the memory;
  *                   #KH_ERR_ROOT_ELEMENT no root element
- *  \return the descriptor. After a failure it names nothing: -1 when the table is full, 0 when it could not be
- *          locked, else the number of the slot that was free. -1 without a status when the table could not be
+ *  \return the descriptor. After a failure it names nothing: -1 when the table is full, 0 when it could not
+ * be locked, else the number of the slot that was free. -1 without a status when the table could not be
  *          unlocked. */
 KH_EXPORT long kh_tree_init_parser(const char* file_name, long* ierr);
 

@@ -1,5 +1,6 @@
 /** \file file_handling.h
- *  The procedural interface of libKalvFileHandling, whole. Needs only C99; libxml2's headers are not needed. */
+ *  The procedural interface of libKalvFileHandling, whole. Needs only C99; libxml2's headers are not needed.
+ */
 #ifndef KALV_FILE_HANDLING_H
 #define KALV_FILE_HANDLING_H
 

@@ -26,9 +26,9 @@ enum kh_file_extension {
  *  \param[in,out] file_type format version * 10 + extension type; receives the extension type alone: callers
  *                 rely on that change. Format version 3 has names and an item of its own.
  *  \param[out] ierr the status
- *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT; #KH_ERR_NO_HEADER_TYPE no
- *          header for this extension type; #KH_ERR_CREATE_NODE for every other failure, which leaves the elements
- *          made before it */
+ *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT;
+ * #KH_ERR_NO_HEADER_TYPE no header for this extension type; #KH_ERR_CREATE_NODE for every other failure,
+ * which leaves the elements made before it */
 KH_EXPORT long kh_tree_create_header(long* fd, long* file_type, long* ierr);
 
 /** The part of kh_tree_create_header() for full files.
@@ -38,8 +38,8 @@ KH_EXPORT long kh_tree_create_header(long* fd, long* file_type, long* ierr);
  *  \param[in] version     format version
  *  \param[in,out] ierr    the status; not set to 0 on entry
  *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_ARGUMENT; #KH_ERR_CREATE_NODE; #KH_ERR_NOT_FOUND */
-KH_EXPORT long KH_tree_create_header_EOF(long* fd, const char* root_name, const char* header_name, long version,
-                                         long* ierr);
+KH_EXPORT long KH_tree_create_header_EOF(long* fd, const char* root_name, const char* header_name,
+                                         long version, long* ierr);
 
 /** The part of kh_tree_create_header() for header-only files, whose root is the header element; else as
  *  KH_tree_create_header_EOF(). */
@@ -56,14 +56,15 @@ KH_EXPORT long KH_tree_create_header_HDR(long* fd, const char* header_name, long
 KH_EXPORT long kh_tree_set_fixed_header_item(long* fd, const char* item, const char* value, long* ierr);
 
 /** Writes thirteen items; `KVSTD_Version` is not among them. Stops at the first failure.
- *  \return the status: 0; #KH_WARN_LENGTH; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT null version; #KH_ERR_FORMAT any
- *          failure: the items before it stay written */
+ *  \return the status: 0; #KH_WARN_LENGTH; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT null version; #KH_ERR_FORMAT
+ * any failure: the items before it stay written */
 KH_EXPORT long kh_tree_set_fixed_header_items(long* fd, const char* file_name, const char* file_description,
                                               const char* notes, const char* mission, const char* file_class,
                                               const char* file_type, const char* validity_start,
                                               const char* validity_stop, const long* file_version,
-                                              const char* system, const char* creator, const char* creator_version,
-                                              const char* creation_date, long* ierr);
+                                              const char* system, const char* creator,
+                                              const char* creator_version, const char* creation_date,
+                                              long* ierr);
 
 /** Reads one item of the header; the cursor moves to its element.
  *  \param[in] fd   the document
@@ -75,14 +76,14 @@ KH_EXPORT long kh_tree_set_fixed_header_items(long* fd, const char* file_name, c
  *          #KH_ERR_READ_ITEM */
 KH_EXPORT long kh_tree_get_fixed_header_item(long* fd, const char* item, char** value, long* ierr);
 
-/** Reads thirteen items. The twelve texts are fresh blocks, empty where an item cannot be read; such failures are
- *  not reported. `*file_version` is written only where it can be read.
- *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT; #KH_ERR_NO_ROOT; #KH_ERR_ARGUMENT */
-KH_EXPORT long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_description, char** notes,
-                                              char** mission, char** file_class, char** file_type,
-                                              char** validity_start, char** validity_stop, long* file_version,
-                                              char** system, char** creator, char** creator_version,
-                                              char** creation_date, long* ierr);
+/** Reads thirteen items. The twelve texts are fresh blocks, empty where an item cannot be read; such failures
+ * are not reported. `*file_version` is written only where it can be read. \return the status: 0;
+ * #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT; #KH_ERR_NO_ROOT; #KH_ERR_ARGUMENT */
+KH_EXPORT long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_description,
+                                              char** notes, char** mission, char** file_class,
+                                              char** file_type, char** validity_start, char** validity_stop,
+                                              long* file_version, char** system, char** creator,
+                                              char** creator_version, char** creation_date, long* ierr);
 /**@}*/
 
 /** \name Product file names */
@@ -110,8 +111,8 @@ KH_EXPORT long kh_create_filename(const long* sat_id, const char* file_class, co
  *  \param[out] instance_id at least 43 characters; written only for a name with six parts, of which it is the
  *                          last three
  *  \param[out] ierr        the status
- *  \return the number of parts; else #KH_ERR_ARGUMENT or #KH_ERR_FILE_NAME_LENGTH. #KH_WARN_LENGTH in `*ierr`: a
- *          part did not fit its buffer and was not written */
+ *  \return the number of parts; else #KH_ERR_ARGUMENT or #KH_ERR_FILE_NAME_LENGTH. #KH_WARN_LENGTH in
+ * `*ierr`: a part did not fit its buffer and was not written */
 KH_EXPORT long kh_read_filename_items(const char* file_name, long* sat_id, char* file_class, char* file_type,
                                       char* instance_id, long* ierr);
 
@@ -135,19 +136,18 @@ KH_EXPORT long KH_Get_file_extension_type(long sat_id);
  *  \param[in] value        the value
  *  \param[out] path        receives the element's path; the caller provides the room
  *  \param[out] ierr        the status
- *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; the code of the first
- *          read where no value could be read */
-KH_EXPORT long kh_tree_find_string_value_element(long* fd, const char* element_name, const char* value, char* path,
-                                                 long* ierr);
+ *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; the code of the
+ * first read where no value could be read */
+KH_EXPORT long kh_tree_find_string_value_element(long* fd, const char* element_name, const char* value,
+                                                 char* path, long* ierr);
 
 /** Searches the nodes of a path with "[*]"; the cursor stays where the array read leaves it.
  *  \param[in] fd         the document
  *  \param[in] array_path the path
  *  \param[in] value      the value
- *  \param[out] path      receives the path with the 1-based index of the first match for the "*": at least the
- *                        path's length plus 20 characters
- *  \param[out] ierr      the status
- *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; #KH_ERR_MEMORY; what
+ *  \param[out] path      receives the path with the 1-based index of the first match for the "*": at least
+ * the path's length plus 20 characters \param[out] ierr      the status \return the status: 0; the descriptor
+ * checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; #KH_ERR_MEMORY; what
  *          kh_tree_path_read_string_node_array() reports */
 KH_EXPORT long kh_tree_find_string_value_path(long* fd, const char* array_path, const char* value, char* path,
                                               long* ierr);

@@ -14,7 +14,8 @@ struct FreeBlock {
 };
 
 /// A block of malloc; release() hands it to the caller.
-template <class T> using Block = std::unique_ptr<T, FreeBlock>;
+template <class T>
+using Block = std::unique_ptr<T, FreeBlock>;
 
 /// A copy of a text with its terminating zero; null when memory runs out.
 inline Block<char> copy_of(std::string_view text) noexcept
@@ -27,8 +28,12 @@ inline Block<char> copy_of(std::string_view text) noexcept
     return copy;
 }
 
-/// The fresh empty text that callers get where a value is missing. Its block has two bytes, as callers rely on.
-inline Block<char> empty_text() noexcept { return Block<char>(static_cast<char*>(std::calloc(2, 1))); }
+/// The fresh empty text that callers get where a value is missing. Its block has two bytes, as callers rely
+/// on.
+inline Block<char> empty_text() noexcept
+{
+    return Block<char>(static_cast<char*>(std::calloc(2, 1)));
+}
 
 } // namespace kh
 

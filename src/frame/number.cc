@@ -3,8 +3,6 @@
 #include "frame/locale.h"
 
 #include <charconv>
-#include <climits>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,8 +10,14 @@ namespace kh {
 
 namespace {
 
-bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_space(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+bool is_digit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 const char* skip_spaces(const char* text)
 {
@@ -35,7 +39,8 @@ Parsed<long> parse_integer(const char* text) noexcept
     // Accumulated below zero, where a long reaches one further.
     long value = 0;
     for (; is_digit(*digit); ++digit) {
-        if (__builtin_mul_overflow(value, 10L, &value) || __builtin_sub_overflow(value, long{*digit - '0'}, &value))
+        if (__builtin_mul_overflow(value, 10L, &value) ||
+            __builtin_sub_overflow(value, long{*digit - '0'}, &value))
             return {negative ? LONG_MIN : LONG_MAX, true};
     }
     if (negative)
@@ -45,8 +50,8 @@ Parsed<long> parse_integer(const char* text) noexcept
 
 Parsed<double> parse_real(const char* text) noexcept
 {
-    // from_chars reads what nearly all texts are, faster and to the same bits; signs of "+", hexadecimals, "inf",
-    // "nan", and what over- or underflows are left to strtod.
+    // from_chars reads what nearly all texts are, faster and to the same bits; signs of "+", hexadecimals,
+    // "inf", "nan", and what over- or underflows are left to strtod.
     const char* start = skip_spaces(text);
     const char* digits = start + (*start == '-');
     if (is_digit(*digits) && digits[1] != 'x' && digits[1] != 'X') {

@@ -1,4 +1,5 @@
-// What every exported function shares: its report, the caller's status word, and passing a callee's status on.
+// What every exported function shares: its report, the caller's status word, and passing a callee's status
+// on.
 #ifndef KALV_FRAME_OPERATION_H
 #define KALV_FRAME_OPERATION_H
 
@@ -13,12 +14,16 @@ struct KeepStatus {};
 /// One call of an exported function: its public name, its report and the caller's status word.
 ///
 /// The name is given as text, not as __func__: it belongs to the interface, and one function reports under
-/// another's name. One report lives for the whole call, so what was reported before stands above a later trace
-/// line.
+/// another's name. One report lives for the whole call, so what was reported before stands above a later
+/// trace line.
 class Operation {
 public:
-    Operation(const char* name, long* ierr) noexcept : Operation(name, ierr, KeepStatus()) { *status_ = KH_OK; }
-    Operation(const char* name, long* ierr, KeepStatus) noexcept : name_(name), status_(ierr ? ierr : &own_status_)
+    Operation(const char* name, long* ierr) noexcept : Operation(name, ierr, KeepStatus())
+    {
+        *status_ = KH_OK;
+    }
+    Operation(const char* name, long* ierr, KeepStatus) noexcept
+        : name_(name), status_(ierr ? ierr : &own_status_)
     {
         kh_init_error(&report_);
     }
@@ -31,19 +36,28 @@ public:
     /// The status word, for callees.
     long* error_vector() noexcept { return status_; }
 
-    /// Reports a code: its text and this function's name, with a detail behind it if there is one. \return the code
-    long fail(long code) noexcept { return *status_ = kh_handle_error(&report_, code, 1, "\n\tFunction: %s", name_); }
+    /// Reports a code: its text and this function's name, with a detail behind it if there is one. \return
+    /// the code
+    long fail(long code) noexcept
+    {
+        return *status_ = kh_handle_error(&report_, code, 1, "\n\tFunction: %s", name_);
+    }
     [[gnu::format(printf, 3, 4)]] long fail(long code, const char* detail, ...) noexcept;
     long null_argument() noexcept { return fail(KH_ERR_ARGUMENT, ". Input argument is NULL"); }
 
-    /// Passes on what a callee left in the status word: adds the trace line of this function. \return the status
+    /// Passes on what a callee left in the status word: adds the trace line of this function. \return the
+    /// status
     long pass_on() noexcept { return pass_on(*status_); }
     /// The same with another code than the callee's.
-    long pass_on(long code) noexcept { return *status_ = kh_handle_error(&report_, code, 0, "\n\tFunction: %s", name_); }
+    long pass_on(long code) noexcept
+    {
+        return *status_ = kh_handle_error(&report_, code, 0, "\n\tFunction: %s", name_);
+    }
     [[gnu::format(printf, 3, 4)]] long pass_on(long code, const char* detail, ...) noexcept;
 
     /// Runs what may run out of memory in a container of its own, and reports that.
-    template <class Body> void guarded(Body body) noexcept
+    template <class Body>
+    void guarded(Body body) noexcept
     {
         try {
             body();

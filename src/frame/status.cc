@@ -66,18 +66,24 @@ constexpr const char* warning_texts[] = {
 constexpr long error_count = std::size(error_texts);
 constexpr long warning_count = std::size(warning_texts);
 static_assert(error_count == 39 && -KH_ERR_LOCK == error_count - 1, "one text for each error code");
-static_assert(warning_count == 5 && KH_WARN_HEADER_EXISTS == warning_count - 1, "one text for each warning code");
+static_assert(warning_count == 5 && KH_WARN_HEADER_EXISTS == warning_count - 1,
+              "one text for each warning code");
 
-template <std::size_t count> constexpr bool all_fit(const char* const (&texts)[count])
+template <std::size_t count>
+constexpr bool all_fit(const char* const (&texts)[count])
 {
     for (const char* text : texts)
         if (std::string_view(text).size() >= KH_MESSAGE_SIZE)
             return false;
     return true;
 }
-static_assert(all_fit(error_texts) && all_fit(warning_texts), "a text that did not fit would need a substitute");
+static_assert(all_fit(error_texts) && all_fit(warning_texts),
+              "a text that did not fit would need a substitute");
 
-bool known(long code) { return code > -error_count && code < warning_count; }
+bool known(long code)
+{
+    return code > -error_count && code < warning_count;
+}
 
 const char* text_of(long code)
 {
@@ -87,7 +93,10 @@ const char* text_of(long code)
 }
 
 // Other threads may switch at any time; which value a report then sees does not matter.
-bool verbose() { return __atomic_load_n(&verb_flag, __ATOMIC_RELAXED) == 1; }
+bool verbose()
+{
+    return __atomic_load_n(&verb_flag, __ATOMIC_RELAXED) == 1;
+}
 
 } // namespace
 
@@ -133,8 +142,8 @@ long kh_handle_error(kh_error_record* rec, long code, long set, const char* form
         char detail[KH_MESSAGE_SIZE];
         va_list arguments;
         va_start(arguments, format);
-        const int length = std::vsnprintf(detail, static_cast<std::size_t>(std::min<long>(room, KH_MESSAGE_SIZE)),
-                                          format, arguments);
+        const int length = std::vsnprintf(
+            detail, static_cast<std::size_t>(std::min<long>(room, KH_MESSAGE_SIZE)), format, arguments);
         va_end(arguments);
         kh_add_error_info(detail, std::min<long>(length, room - 1), rec);
     }
@@ -161,6 +170,12 @@ void KH_handle_xml_error(void*, const char* msg, ...)
         std::fputs(text, stderr);
 }
 
-void kh_verbose(void) { __atomic_store_n(&verb_flag, 1, __ATOMIC_RELAXED); }
+void kh_verbose(void)
+{
+    __atomic_store_n(&verb_flag, 1, __ATOMIC_RELAXED);
+}
 
-void kh_silent(void) { __atomic_store_n(&verb_flag, 0, __ATOMIC_RELAXED); }
+void kh_silent(void)
+{
+    __atomic_store_n(&verb_flag, 0, __ATOMIC_RELAXED);
+}

@@ -4,49 +4,40 @@
 #include "frame/number.h"
 #include "frame/operation.h"
 
-#include <climits>
-#include <cmath>
 #include <cstring>
 
 namespace kh {
 
 namespace {
 
-template <class Number> struct Conversion;
-template <> struct Conversion<long> {
-    static constexpr const char* name = "kh_string_to_integer";
-    static constexpr long no_number = KH_ERR_NOT_INTEGER;
-    static Parsed<long> parse(const char* text) { return parse_integer(text); }
-    // The largest long spelled out is refused like an overflow: callers rely on that.
-    static bool out_of_range(long value) { return value == LONG_MAX || value == LONG_MIN; }
-};
-template <> struct Conversion<double> {
-    static constexpr const char* name = "kh_string_to_real";
-    static constexpr long no_number = KH_ERR_NOT_REAL;
-    static Parsed<double> parse(const char* text) { return parse_real(text); }
-    static bool out_of_range(double value) { return std::isinf(value); }
-};
-
-template <class Number> Number convert(const char* text, long* ierr) noexcept
+template <class Number>
+Number convert(const char* function_name, long no_number, const char* text, long* ierr) noexcept
 {
-    using Rules = Conversion<Number>;
-    Operation op(Rules::name, ierr);
+    Operation op(function_name, ierr);
     if (!text) {
         op.null_argument();
         return 0;
     }
-    const Parsed<Number> number = Rules::parse(text);
+    const Parsed<Number> number = parse<Number>(text);
     if (!number.found)
-        op.fail(Rules::no_number, ". Value: %s", text);
-    else if (Rules::out_of_range(number.value))
+        op.fail(no_number, ". Value: %s", text);
+    else if (is_out_of_range(number.value))
         op.fail(KH_ERR_RANGE, ". Value: %s", text);
     return number.value;
 }
 
 } // namespace
 
-template <> long converted<long>(const char* text, long* ierr) noexcept { return kh_string_to_integer(text, ierr); }
-template <> double converted<double>(const char* text, long* ierr) noexcept { return kh_string_to_real(text, ierr); }
+template <>
+long converted<long>(const char* text, long* ierr) noexcept
+{
+    return kh_string_to_integer(text, ierr);
+}
+template <>
+double converted<double>(const char* text, long* ierr) noexcept
+{
+    return kh_string_to_real(text, ierr);
+}
 
 } // namespace kh
 
@@ -67,9 +58,15 @@ long kh_strncpy(char** dst, const char* src, long* ierr)
     return op.status();
 }
 
-long kh_string_to_integer(const char* s, long* ierr) { return kh::convert<long>(s, ierr); }
+long kh_string_to_integer(const char* s, long* ierr)
+{
+    return kh::convert<long>("kh_string_to_integer", KH_ERR_NOT_INTEGER, s, ierr);
+}
 
-double kh_string_to_real(const char* s, long* ierr) { return kh::convert<double>(s, ierr); }
+double kh_string_to_real(const char* s, long* ierr)
+{
+    return kh::convert<double>("kh_string_to_real", KH_ERR_NOT_REAL, s, ierr);
+}
 
 void kh_strtoken(const char* src, const char* delims, char* buf, char** tokens, long* count)
 {
@@ -100,7 +97,8 @@ long KH_alloc_array(long n, long size, void** array, const char* function_name, 
     long bytes = 0;
     const bool possible = n >= 0 && size >= 0 && !__builtin_mul_overflow(n, size, &bytes);
     // One byte at least: an empty array is a block like any other, not the null that reports a failure.
-    void* resized = possible ? std::realloc(*array, bytes > 0 ? static_cast<std::size_t>(bytes) : 1) : nullptr;
+    void* resized =
+        possible ? std::realloc(*array, bytes > 0 ? static_cast<std::size_t>(bytes) : 1) : nullptr;
     if (!resized) {
         std::free(*array);
         op.fail(KH_ERR_MEMORY);

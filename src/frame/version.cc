@@ -14,7 +14,10 @@ constexpr char lib_names[6][30] = {"kalvira_file_handling", "kalvira_common",   
 
 } // namespace
 
-char* KH_Get_lib_version(char* dst) { return dst ? std::strcpy(dst, KH_FILE_HANDLING_VERSION) : nullptr; }
+char* KH_Get_lib_version(char* dst)
+{
+    return dst ? std::strcpy(dst, KH_FILE_HANDLING_VERSION) : nullptr;
+}
 
 char* KH_Get_compatibility_table(void)
 {
@@ -26,7 +29,10 @@ char* KH_Get_compatibility_table(void)
     return const_cast<char*>(mark);
 }
 
-long KH_strcmp(const char* a, const char* b) { return a && b && std::strcmp(a, b) == 0; }
+long KH_strcmp(const char* a, const char* b)
+{
+    return a && b && std::strcmp(a, b) == 0;
+}
 
 long kh_check_library_version(void)
 {

@@ -135,9 +135,15 @@ long kh_tree_go_to_next_element_node(long* fd, long* ierr)
     return op.status();
 }
 
-xmlNode* kh_tree_get_next_node(xmlNode* node) { return node ? kh::next_node(node) : nullptr; }
+xmlNode* kh_tree_get_next_node(xmlNode* node)
+{
+    return node ? kh::next_node(node) : nullptr;
+}
 
-xmlNode* kh_tree_get_parent_next_node(xmlNode* node) { return kh::next_node_beside(node); }
+xmlNode* kh_tree_get_parent_next_node(xmlNode* node)
+{
+    return kh::next_node_beside(node);
+}
 
 xmlNode* kh_tree_get_next_element_node(long* fd, int mode)
 {

@@ -14,7 +14,8 @@ xmlNode* next_node(const xmlNode* node) noexcept;
 /// The same for a walk that skips what is below the node.
 xmlNode* next_node_beside(const xmlNode* node) noexcept;
 
-/// Moves the cursor to the next element, or, with a tag to look for, to the next element of the requested tag.
+/// Moves the cursor to the next element, or, with a tag to look for, to the next element of the requested
+/// tag.
 enum class Search { any_element, requested_tag };
 xmlNode* go_to_next_element(Document& document, Search search) noexcept;
 

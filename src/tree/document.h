@@ -18,7 +18,8 @@ struct Document : kh_document_slot {
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
-    /// True while the opening thread still parses: the slot is nobody's yet, and releasing it changes nothing.
+    /// True while the opening thread still parses: the slot is nobody's yet, and releasing it changes
+    /// nothing.
     std::atomic<bool> opening{false};
 
     /// The names on the path stack, one behind the other; `stack_name` points into them.

@@ -1,5 +1,6 @@
-// From a file to a tree: the tree that xmlParseFile makes, from a file name that is never taken for a URI, with
-// settings that the host program cannot change and without a limit that this library's own files could exceed.
+// From a file to a tree: the tree that xmlParseFile makes, from a file name that is never taken for a URI,
+// with settings that the host program cannot change and without a limit that this library's own files could
+// exceed.
 #include "tree/parse.h"
 
 #include "frame/memory.h"
@@ -45,7 +46,8 @@ public:
     std::size_t size() const noexcept
     {
         struct stat status;
-        return fstat(fd_, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
+        return fstat(fd_, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size)
+                                                                   : 0;
     }
 
     /// As read(2), taken up again after a signal.
@@ -70,7 +72,8 @@ struct Bytes {
 
     bool is_gzip() const noexcept { return size > 2 && std::memcmp(block.get(), "\x1f\x8b", 2) == 0; }
 
-    /// Reads a file to its end. A plain read: a mapping would end the process when somebody cuts the file short.
+    /// Reads a file to its end. A plain read: a mapping would end the process when somebody cuts the file
+    /// short.
     bool read(const Descriptor& file) noexcept
     {
         std::size_t capacity = std::max<std::size_t>(file.size() + 1, 4096);
@@ -213,15 +216,16 @@ Parser new_parser() noexcept
     return parser;
 }
 
-/// Gives the parser its input: memory as a whole, which is fastest; what is compressed, or too large for that,
-/// piece by piece.
+/// Gives the parser its input: memory as a whole, which is fastest; what is compressed, or too large for
+/// that, piece by piece.
 bool attach(xmlParserCtxt* parser, Bytes& bytes, Stream& stream, const char* file_name) noexcept
 {
     xmlParserInputBuffer* buffer = nullptr;
     if (bytes.is_gzip() || bytes.size > INT_MAX / 2) {
         buffer = xmlParserInputBufferCreateIO(Stream::read, nullptr, &stream, XML_CHAR_ENCODING_NONE);
     } else {
-        buffer = xmlParserInputBufferCreateMem(bytes.block.get(), static_cast<int>(bytes.size), XML_CHAR_ENCODING_NONE);
+        buffer = xmlParserInputBufferCreateMem(bytes.block.get(), static_cast<int>(bytes.size),
+                                               XML_CHAR_ENCODING_NONE);
         bytes.block.reset(); // libxml2 made a copy
     }
     if (!buffer)

@@ -22,8 +22,8 @@ struct Segment {
     long index; ///< 0-based
 };
 
-/// The index that a text behind "[" stands for, cut to 32 bits as callers have always seen it. Whatever follows the
-/// number ends it, so the text needs no end of its own.
+/// The index that a text behind "[" stands for, cut to 32 bits as callers have always seen it. Whatever
+/// follows the number ends it, so the text needs no end of its own.
 long index_of(std::string_view written) noexcept
 {
     const auto number = static_cast<std::uint64_t>(written.empty() ? 0 : parse_integer(written.data()).value);
@@ -88,8 +88,8 @@ bool reserve_names(Document& document, std::size_t size) noexcept
     return true;
 }
 
-/// Copies the segments onto the stack. Names are moved in order and towards the front, since the path may be a name
-/// of the stack itself.
+/// Copies the segments onto the stack. Names are moved in order and towards the front, since the path may be
+/// a name of the stack itself.
 void fill_stack(Document& document, const Segments& segments) noexcept
 {
     char* room = document.path_names.get();
@@ -135,10 +135,13 @@ long chop(Document& document, const char* path, Operation& op) noexcept
 }
 
 /// The end of a walk over the whole stack: a last attribute is not walked.
-long walk_end(const Document& document) noexcept { return document.stack_count - ends_with_attribute(document); }
+long walk_end(const Document& document) noexcept
+{
+    return document.stack_count - ends_with_attribute(document);
+}
 
-/// Follows the entries from `first` up to `end`; the cursor moves to the node reached. Null, without a report,
-/// where there is no such node.
+/// Follows the entries from `first` up to `end`; the cursor moves to the node reached. Null, without a
+/// report, where there is no such node.
 xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end, Operation& op) noexcept
 {
     for (long i = first; node && i < end; ++i) {
@@ -156,8 +159,8 @@ xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end,
     return node;
 }
 
-/// Walks from the start of the path, the root or the cursor, up to `end`. A path that begins with another name than
-/// the root's is refused, and the root returned.
+/// Walks from the start of the path, the root or the cursor, up to `end`. A path that begins with another
+/// name than the root's is refused, and the root returned.
 xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) noexcept
 {
     if (!document.absolute)
@@ -181,7 +184,10 @@ const char* attribute_name(const Document& document) noexcept
     return document.stack_name[document.stack_count - 1] + 1;
 }
 
-bool has_array_node(const Document& document) noexcept { return document.array_position != -1; }
+bool has_array_node(const Document& document) noexcept
+{
+    return document.array_position != -1;
+}
 
 std::string path_of(const Document& document, xmlNode* element)
 {
@@ -274,7 +280,8 @@ xmlNode* kh_tree_go_to_stack_from_array_node(long* fd, long* ierr)
         op.fail(KH_ERR_NOT_ARRAY, ". Position of the array elements in the stack: %ld", 0L);
         return nullptr;
     }
-    return kh::walk(fd, *document, document->current, document->array_position + 1, kh::walk_end(*document), op);
+    return kh::walk(fd, *document, document->current, document->array_position + 1, kh::walk_end(*document),
+                    op);
 }
 
 long kh_tree_get_path(long* fd, char* out, long* ierr)

@@ -43,9 +43,15 @@ private:
     bool held_;
 };
 
-bool in_table(long fd) noexcept { return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS; }
+bool in_table(long fd) noexcept
+{
+    return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS;
+}
 
-Document* in_slot(long fd) noexcept { return static_cast<Document*>(global_current_status[fd]); }
+Document* in_slot(long fd) noexcept
+{
+    return static_cast<Document*>(global_current_status[fd]);
+}
 
 long lowest_free_slot() noexcept
 {
@@ -59,8 +65,8 @@ bool table_is_empty() noexcept
                        [](const kh_document_slot* slot) { return !slot; });
 }
 
-/// Empties a slot and hands out what was in it. A slot that is still being opened belongs to the thread that opens
-/// it: only that thread names its document as `opened`.
+/// Empties a slot and hands out what was in it. A slot that is still being opened belongs to the thread that
+/// opens it: only that thread names its document as `opened`.
 std::unique_ptr<Document> take_out(long fd, const Document* opened) noexcept
 {
     Document* document = in_slot(fd);
@@ -139,7 +145,10 @@ Document::~Document()
     std::free(requested_tag);
 }
 
-Document* find_document(const long* fd) noexcept { return fd && in_table(*fd) ? in_slot(*fd) : nullptr; }
+Document* find_document(const long* fd) noexcept
+{
+    return fd && in_table(*fd) ? in_slot(*fd) : nullptr;
+}
 
 Document* open_document(Operation& op, const long* fd) noexcept
 {

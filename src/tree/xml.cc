@@ -28,7 +28,10 @@ static bool last_error_is_memory() noexcept
     return error && error->code == XML_ERR_NO_MEMORY;
 }
 
-bool ParserCall::out_of_memory() const noexcept { return out_of_memory_ || last_error_is_memory(); }
+bool ParserCall::out_of_memory() const noexcept
+{
+    return out_of_memory_ || last_error_is_memory();
+}
 
 void ParserCall::take_message(void* self, const char* format, ...)
 {

@@ -9,8 +9,14 @@
 
 namespace kh {
 
-inline const xmlChar* to_xml(const char* text) noexcept { return reinterpret_cast<const xmlChar*>(text); }
-inline const char* from_xml(const xmlChar* text) noexcept { return reinterpret_cast<const char*>(text); }
+inline const xmlChar* to_xml(const char* text) noexcept
+{
+    return reinterpret_cast<const xmlChar*>(text);
+}
+inline const char* from_xml(const xmlChar* text) noexcept
+{
+    return reinterpret_cast<const char*>(text);
+}
 
 struct FreeXml {
     void operator()(xmlChar* text) const noexcept { xmlFree(text); } // xmlFree is a variable
@@ -46,17 +52,23 @@ private:
     bool out_of_memory_ = false;
 };
 
-inline bool is_element(const xmlNode* node) noexcept { return node->type == XML_ELEMENT_NODE; }
+inline bool is_element(const xmlNode* node) noexcept
+{
+    return node->type == XML_ELEMENT_NODE;
+}
 
-/// The first child. An entity reference is a leaf: libxml2 links it to its declaration, from which a walk would
-/// run into the document type and loop.
+/// The first child. An entity reference is a leaf: libxml2 links it to its declaration, from which a walk
+/// would run into the document type and loop.
 inline xmlNode* first_child(const xmlNode* node) noexcept
 {
     return node->type == XML_ENTITY_REF_NODE ? nullptr : node->children;
 }
 
 /// The attributes; null for everything that is no element, where libxml2 keeps other things in their place.
-inline xmlAttr* first_attribute(const xmlNode* node) noexcept { return is_element(node) ? node->properties : nullptr; }
+inline xmlAttr* first_attribute(const xmlNode* node) noexcept
+{
+    return is_element(node) ? node->properties : nullptr;
+}
 
 inline bool is_named(const xmlNode* node, const char* name) noexcept
 {

@@ -61,8 +61,14 @@ static std::string caught(FILE* stream, const std::function<void()>& action)
     return text;
 }
 
-std::string written_to_stderr(const std::function<void()>& action) { return caught(stderr, action); }
-std::string written_to_stdout(const std::function<void()>& action) { return caught(stdout, action); }
+std::string written_to_stderr(const std::function<void()>& action)
+{
+    return caught(stderr, action);
+}
+std::string written_to_stdout(const std::function<void()>& action)
+{
+    return caught(stdout, action);
+}
 
 std::string report_of(const std::function<void()>& action)
 {
@@ -123,7 +129,8 @@ std::string Document::stack() const
 {
     std::string text;
     for (long i = 0; i < slot()->stack_count; ++i)
-        text += (i ? " " : "") + std::string(slot()->stack_name[i]) + "[" + std::to_string(slot()->stack_index[i]) + "]";
+        text += (i ? " " : "") + std::string(slot()->stack_name[i]) + "[" +
+                std::to_string(slot()->stack_index[i]) + "]";
     return text;
 }
 
@@ -135,6 +142,9 @@ std::string Document::written()
     return content_of(target);
 }
 
-std::string debian_file(const std::string& path) { return std::filesystem::exists(path) ? path : std::string(); }
+std::string debian_file(const std::string& path)
+{
+    return std::filesystem::exists(path) ? path : std::string();
+}
 
 } // namespace support

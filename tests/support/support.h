@@ -49,8 +49,8 @@ std::string report_of(const std::function<void()>& action);
 /// An open document, made from a text (by way of a file) or empty; released with the object.
 class Document {
 public:
-    Document();                                 ///< kh_tree_create
-    explicit Document(std::string_view xml);    ///< kh_tree_init_parser on a file of that content
+    Document();                              ///< kh_tree_create
+    explicit Document(std::string_view xml); ///< kh_tree_init_parser on a file of that content
     static Document file(const std::string& name);
     ~Document();
     Document(const Document&) = delete;

@@ -1,0 +1,85 @@
+// What single reads share: where the text of a value goes, and the numbers made of it.
+#ifndef KALV_READ_VALUE_H
+#define KALV_READ_VALUE_H
+
+#include "frame/memory.h"
+#include "frame/number.h"
+#include "frame/operation.h"
+#include "tree/document.h"
+
+#include <kalv/text.h>
+#include <string>
+#include <utility>
+
+namespace kh {
+
+/// Where the text of a value goes: into a fresh block of the caller's, or nowhere, for a conversion that
+/// reads it where it stands.
+class TextTarget {
+public:
+    /// Copies into `*copy`; null is a missing output.
+    explicit TextTarget(char** copy) noexcept : copy_(copy), missing_(!copy) {}
+    /// Leaves the text where it stands, for an output of a number.
+    static TextTarget for_number(const void* output) noexcept { return TextTarget(!output); }
+    TextTarget(const TextTarget&) = delete;
+    TextTarget& operator=(const TextTarget&) = delete;
+
+    bool missing() const noexcept { return missing_; }
+    const char* text() const noexcept { return text_; }
+
+    /// Takes a text that stays valid while the target lives.
+    void take(const char* text, long* ierr) noexcept
+    {
+        text_ = text;
+        if (copy_)
+            kh_strncpy(copy_, text, ierr);
+    }
+
+    /// Takes what the caller's output held away from it. It is freed with this object only: the path that is
+    /// being read may lie in it.
+    void replace_previous() noexcept
+    {
+        if (copy_)
+            previous_.reset(std::exchange(*copy_, nullptr));
+    }
+
+    /// Takes the empty text that callers get, and free, where there is no value. \return false without memory
+    bool take_nothing() noexcept { return !copy_ || (*copy_ = empty_text().release()); }
+
+    /// Room for a text that stands nowhere, since it had to be expanded.
+    std::string& expanded() noexcept { return expanded_; }
+
+private:
+    explicit TextTarget(bool missing) noexcept : missing_(missing) {}
+
+    char** copy_ = nullptr;
+    const char* text_ = nullptr;
+    bool missing_;
+    Block<char> previous_;
+    std::string expanded_;
+};
+
+/// Reads a text and stores its number. What the conversion yields is stored beside its code, too; where the
+/// text cannot be read, the number stays as it is.
+template <class Number, class ReadText>
+long read_number(Operation& op, Number* value, ReadText read_text) noexcept
+{
+    TextTarget target = TextTarget::for_number(value);
+    read_text(target, op.error_vector());
+    if (op.failed())
+        return op.pass_on();
+    *value = converted<Number>(target.text(), op.error_vector());
+    return op.status() == KH_OK ? op.status() : op.pass_on();
+}
+
+/// Moves the cursor to the next element of the requested tag and reads its value; null when none follows.
+xmlNode* read_next_element(Document& document, TextTarget& target, long* ierr) noexcept;
+
+/// The text at the end of the last path, on the node that the path reached: its attribute, or its only
+/// child's content. Null, with a report, where there is none.
+const char* text_at_path_end(const Document& document, const xmlNode* node, const char* path,
+                             Operation& op) noexcept;
+
+} // namespace kh
+
+#endif
