@@ -363,7 +363,7 @@ TEST_F(Move, AboveTheRootWarnsAndGoesOn)
                 {"/R", "/R/..", "/R"}};
     for (const auto& row : rows) {
         start_at(row.start);
-        EXPECT_EQ(move(row.path), passed_on(warned, "kh_tree_go_to_path_node")) << row.path;
+        EXPECT_EQ(move(row.path), warned) << row.path << " is a success, which adds no line of its own";
         EXPECT_EQ(document.current(), node(row.reached)) << row.path;
         start_at(row.start);
         EXPECT_EQ(walk(node(row.reached)), warned) << row.path;
