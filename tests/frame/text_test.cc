@@ -313,7 +313,7 @@ TEST(AllocArray, FreesTheOldBlockAndReportsUnderTheCallersNameWhenMemoryRunsOut)
     for (const auto& row : rows) {
         Block block;
         block.resize(10, 8);
-        EXPECT_EQ(block.resize(row.n, row.size), failure(KH_ERR_MEMORY, "caller"))
+        EXPECT_EQ(own_report(block.resize(row.n, row.size)), failure(KH_ERR_MEMORY, "caller"))
             << row.n << " x " << row.size;
         EXPECT_EQ(block.memory, nullptr);
         EXPECT_EQ(block.result, 0) << "callers test the status word";

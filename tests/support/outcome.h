@@ -36,6 +36,13 @@ Outcome outcome_of(Call call)
     return outcome;
 }
 
+/// The library's own report, without what the parser or a sanitizer printed before it.
+inline Outcome own_report(Outcome outcome)
+{
+    outcome.report.erase(0, outcome.report.find("KH: "));
+    return outcome;
+}
+
 inline const Outcome success{0, ""};
 
 /// A function that finds a failure itself. A record holds 510 characters at most.
