@@ -1,0 +1,112 @@
+// What the tests of building share: calls on a document, its bytes, and files read again without the library.
+#ifndef KALV_TESTS_BUILD_EDIT_H
+#define KALV_TESTS_BUILD_EDIT_H
+
+#include "support/outcome.h"
+
+#include <libxml/parser.h>
+#include <memory>
+#include <string>
+
+namespace edit {
+
+/// Calls a function on a document: its status and its report.
+template <class Function, class... Arguments>
+support::Outcome outcome(support::Document& document, Function function, Arguments... arguments)
+{
+    return support::outcome_of([&](long* status) { function(&document.fd, arguments..., status); });
+}
+
+/// Calls a function on a document: its status alone.
+template <class Function, class... Arguments>
+long status(support::Document& document, Function function, Arguments... arguments)
+{
+    long status = support::untouched;
+    function(&document.fd, arguments..., &status);
+    return status;
+}
+
+/// What a file holds between the XML declaration and the last line end.
+inline std::string without_frame(const std::string& file)
+{
+    const std::string declaration = "<?xml version=\"1.0\"?>\n";
+    if (file.rfind(declaration, 0) != 0 || file.back() != '\n')
+        return "no frame: " + file;
+    return file.substr(declaration.size(), file.size() - declaration.size() - 1);
+}
+
+/// What kh_tree_write writes of a document that declares no encoding.
+inline std::string written(support::Document& document)
+{
+    return without_frame(document.written());
+}
+
+/// A document as it stands in memory, before a write completes its indentation.
+inline std::string in_memory(const support::Document& document)
+{
+    xmlChar* text = nullptr;
+    int length = 0;
+    xmlDocDumpMemory(document.slot()->doc, &text, &length);
+    const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(text, xmlFree);
+    return without_frame({reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)});
+}
+
+using PlainDocument = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
+
+/// A text read by libxml2 alone, entities substituted; null if it is not well-formed.
+inline PlainDocument read_plainly(const std::string& xml)
+{
+    constexpr int options =
+        XML_PARSE_NOENT | XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    return {xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, options), xmlFreeDoc};
+}
+
+inline std::string text_of(const xmlChar* text)
+{
+    return text ? reinterpret_cast<const char*>(text) : "(null)";
+}
+
+inline bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+/// Where libxml2 may print lines of its own before the library's.
+inline bool ends_with(const std::string& text, const std::string& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+/// How many slots hold a document.
+inline long open_documents()
+{
+    long count = 0;
+    for (const kh_document_slot* slot : global_current_status)
+        count += slot != nullptr;
+    return count;
+}
+
+/// Elements nested in each other. Each is followed by a text, so that a write has no indentation to add.
+inline std::string nested(std::size_t levels)
+{
+    std::string open, close;
+    for (std::size_t i = 0; i < levels; ++i) {
+        open += "<a>";
+        close += ".</a>";
+    }
+    return open + "<deepest/>" + close;
+}
+
+constexpr std::size_t deep = 100000;
+
+inline const char* const names_xml_refuses[] = {
+    "",     " ",   "1a", "-a",   ".a",    "a b",      "a<", "a>", "a/b",           "&",         "a=b",
+    "a\tb", "a\n", "\"", "\xff", "a\xc3", "\xc3\x28", "@a", "a;", "a\xed\xa0\x80", "a\xc0\x80", "\xc3\x97",
+};
+
+inline const char* const names_xml_allows[] = {"n",       "_n", "n-1.2", "n_", "p:n", "\xc3\xa9t\xc3\xa9",
+                                               "\xce\xb1"};
+
+} // namespace edit
+
+#endif
