@@ -183,12 +183,26 @@ private:
     z_stream state_ = {};
 };
 
+/// Refuses a text that libxml2 would have refused, had it come in pieces.
+void take_text(void* context, const xmlChar* text, int length)
+{
+    xmlSAX2Characters(context, text, length);
+    auto* parser = static_cast<xmlParserCtxt*>(context);
+    if (length <= XML_MAX_TEXT_LENGTH)
+        return;
+    KH_handle_xml_error(nullptr, "%s: text of more than %d bytes in a file that declares entities\n",
+                        parser->input->filename, XML_MAX_TEXT_LENGTH);
+    parser->wellFormed = 0;
+    xmlStopParser(parser);
+}
+
 /// A document that declares entities keeps libxml2's limits, which guard against entities that multiply.
 void declare_entity(void* context, const xmlChar* name, int type, const xmlChar* public_id,
                     const xmlChar* system_id, xmlChar* content)
 {
     auto* parser = static_cast<xmlParserCtxt*>(context);
     parser->options &= ~XML_PARSE_HUGE;
+    parser->sax->characters = take_text;
     xmlDictSetLimit(parser->dict, XML_MAX_DICTIONARY_LIMIT);
     xmlSAX2EntityDecl(context, name, type, public_id, system_id, content);
 }

@@ -1,0 +1,221 @@
+// Roots, children, siblings and attributes, and their removal. Nodes are made before the tree changes, so
+// that a failure changes nothing.
+#include "build/attribute.h"
+#include "build/indentation.h"
+#include "build/validity.h"
+#include "tree/cursor.h"
+#include "tree/path.h"
+
+#include <kalv/build.h>
+#include <kalv/path.h>
+
+namespace kh {
+
+namespace {
+
+/// What the adding functions return on success: callers only look whether it is 0.
+long handle(const xmlNode* node) noexcept
+{
+    return reinterpret_cast<long>(node);
+}
+
+bool check_arguments(Operation& op, const long* fd, const char* name) noexcept
+{
+    if (!fd || !name)
+        op.null_argument();
+    else if (!is_xml_name(name))
+        op.fail(KH_ERR_ARGUMENT, ". Node: %s", name);
+    return !op.failed();
+}
+
+/// Moves the cursor along a path; the document, or null with the trace line of this call.
+Document* go_to_path(Operation& op, long* fd, const char* path) noexcept
+{
+    kh_tree_go_to_path_node(fd, path, op.error_vector());
+    if (!op.failed())
+        return find_document(fd);
+    op.pass_on();
+    return nullptr;
+}
+
+/// The document's first child; a document type has to stand before it.
+void link_root(xmlDoc* document, xmlNode* root) noexcept
+{
+    if (document->intSubset)
+        xmlAddNextSibling(reinterpret_cast<xmlNode*>(document->intSubset), root);
+    else if (document->children)
+        xmlAddPrevSibling(document->children, root);
+    else
+        xmlAddChild(reinterpret_cast<xmlNode*>(document), root);
+}
+
+/// A new element without namespace, in no tree yet.
+XmlNode new_element(xmlDoc* document, xmlNs* space, const char* name, const char* content) noexcept
+{
+    const ParserCall call;
+    XmlNode element(xmlNewDocRawNode(document, space, to_xml(name), to_xml(content)));
+    const bool complete = element && !call.out_of_memory() && (!content || element->children);
+    return complete ? std::move(element) : nullptr;
+}
+
+using Insert = xmlNode* (*)(xmlNode*, xmlNode*);
+
+long add_sibling(const char* function, long* fd, const char* path, const char* name, Insert insert,
+                 long* ierr) noexcept
+{
+    Operation op(function, ierr);
+    if (!check_arguments(op, fd, name))
+        return op.status();
+    const Document* document = go_to_path(op, fd, path);
+    if (!document)
+        return op.status();
+    XmlNode sibling = new_element(document->doc, nullptr, name, nullptr);
+    if (!sibling)
+        return op.fail(KH_ERR_CREATE_NODE, ". Node: %s", name);
+    kh_tree_add_sibling(fd, document->current, sibling.get(), insert, op.error_vector());
+    if (op.failed())
+        return op.pass_on(op.status(), ". Node: %s", name);
+    return handle(sibling.release());
+}
+
+void remove_element(Document& document, xmlNode* node) noexcept
+{
+    remove_indentation(node);
+    document.current = node == document.root ? nullptr : node->parent;
+    if (node == document.root)
+        document.root = nullptr;
+    xmlUnlinkNode(node);
+    xmlFreeNode(node);
+}
+
+} // namespace
+
+} // namespace kh
+
+using kh::Document;
+using kh::Operation;
+using kh::ParserCall;
+using kh::XmlNode;
+
+long kh_tree_create_root(long* fd, const char* name, long* ierr)
+{
+    Operation op("kh_tree_create_root", ierr);
+    Document* document = open_document(op, fd);
+    if (!document || !kh::check_arguments(op, fd, name))
+        return op.status();
+    if (document->root)
+        return op.fail(KH_ERR_ROOT_EXISTS);
+    // The first child takes the place of this text with its own indentation.
+    XmlNode root = kh::new_element(document->doc, nullptr, name, "\n  ");
+    if (!root)
+        return op.fail(KH_ERR_CREATE_NODE);
+    kh::link_root(document->doc, root.get());
+    document->root = root.release();
+    document->current = document->root;
+    return kh::handle(document->root);
+}
+
+long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
+{
+    Operation op("kh_tree_add_child", ierr);
+    if (!kh::check_arguments(op, fd, name))
+        return op.status();
+    Document* document = kh::go_to_path(op, fd, path);
+    if (!document)
+        return op.status();
+    xmlNode* parent = document->current;
+    XmlNode child =
+        kh::is_element(parent) ? kh::new_element(document->doc, parent->ns, name, nullptr) : nullptr;
+    if (!child)
+        return op.fail(KH_ERR_CREATE_NODE, ". Node: %s", name);
+    XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, parent) + 2);
+    if (!indentation)
+        return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
+    document->current = xmlAddChild(parent, child.release());
+    kh::remove_indentation(document->current);
+    xmlAddPrevSibling(document->current, indentation.release());
+    return kh::handle(document->current);
+}
+
+long kh_tree_add_next_sibling(long* fd, const char* path, const char* name, long* ierr)
+{
+    return kh::add_sibling("kh_tree_add_next_sibling", fd, path, name, xmlAddNextSibling, ierr);
+}
+
+long kh_tree_add_previous_sibling(long* fd, const char* path, const char* name, long* ierr)
+{
+    return kh::add_sibling("kh_tree_add_previous_sibling", fd, path, name, xmlAddPrevSibling, ierr);
+}
+
+long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* (*insert)(xmlNode*, xmlNode*),
+                         long* ierr)
+{
+    Operation op("kh_tree_add_sibling", ierr);
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!reference || !added || !insert)
+        return op.null_argument();
+    if (reference == document->root) // a document has one root
+        return op.fail(KH_ERR_ADD_SIBLING);
+    const ParserCall call;
+    XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, reference));
+    if (!indentation)
+        return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
+    xmlNode* inserted = insert(reference, added);
+    if (!inserted)
+        return op.fail(KH_ERR_ADD_SIBLING);
+    xmlNode* previous = document->current;
+    document->current = inserted;
+    // Beside a text, the indentation becomes part of that text.
+    if (insert(reference, indentation.get()) && !call.out_of_memory()) {
+        static_cast<void>(indentation.release());
+        return kh::handle(inserted);
+    }
+    xmlUnlinkNode(inserted);
+    document->current = previous;
+    return op.fail(KH_ERR_ADD_SIBLING, "%s", kh::indentation_detail);
+}
+
+long kh_tree_add_attribute(long* fd, const char* path, const char* name, long* ierr)
+{
+    Operation op("kh_tree_add_attribute", ierr);
+    if (!kh::check_arguments(op, fd, name))
+        return op.status();
+    const Document* document = kh::go_to_path(op, fd, path);
+    if (!document)
+        return op.status();
+    xmlNode* element = document->current;
+    if (!kh::is_element(element))
+        return op.fail(KH_ERR_NOT_ELEMENT);
+    if (kh::attribute_written(element, name) || kh::declaration_written(element, name))
+        return kh::handle(element);
+    const ParserCall call;
+    xmlAttr* attribute = xmlNewProp(element, kh::to_xml(name), nullptr);
+    if (attribute && !call.out_of_memory())
+        return kh::handle(element);
+    if (attribute)
+        xmlRemoveProp(attribute);
+    return op.fail(KH_ERR_MEMORY);
+}
+
+long kh_tree_remove_node(long* fd, const char* path, long* ierr)
+{
+    Operation op("kh_tree_remove_node", ierr);
+    if (!fd)
+        return op.null_argument();
+    Document* document = kh::go_to_path(op, fd, path);
+    if (!document)
+        return op.status();
+    if (!ends_with_attribute(*document)) {
+        kh::remove_element(*document, document->current);
+        return op.status();
+    }
+    const char* name = attribute_name(*document);
+    xmlAttr* attribute = kh::attribute_named(document->current, name);
+    if (!attribute)
+        return op.fail(KH_ERR_NOT_FOUND, ". Attribute name: %s", name);
+    if (xmlRemoveProp(attribute) < 0)
+        return op.fail(KH_ERR_REMOVE_NODE, ". Path: %s", path);
+    return op.status();
+}

@@ -1,0 +1,31 @@
+#include "build/indentation.h"
+
+#include <algorithm>
+
+namespace kh {
+
+XmlNode new_indentation(xmlDoc* document, long spaces) noexcept
+{
+    const ParserCall call;
+    const auto size = static_cast<std::size_t>(std::max(spaces, 0L)) + 1;
+    XmlNode text(xmlNewDocText(document, nullptr));
+    XmlText content(static_cast<xmlChar*>(xmlMallocAtomic(size + 1)));
+    if (!text || !content)
+        return nullptr;
+    std::memset(content.get(), ' ', size);
+    content.get()[0] = '\n';
+    content.get()[size] = '\0';
+    text->content = content.release();
+    return text;
+}
+
+void remove_indentation(xmlNode* node) noexcept
+{
+    xmlNode* before = node->prev;
+    if (!before || before->type != XML_TEXT_NODE)
+        return;
+    xmlUnlinkNode(before);
+    xmlFreeNode(before);
+}
+
+} // namespace kh

@@ -1,0 +1,20 @@
+// The whitespace that puts every element on a line of its own, two spaces a level.
+#ifndef KALV_BUILD_INDENTATION_H
+#define KALV_BUILD_INDENTATION_H
+
+#include "tree/xml.h"
+
+namespace kh {
+
+/// A text node of a newline and `spaces` spaces; null when memory runs out.
+XmlNode new_indentation(xmlDoc* document, long spaces) noexcept;
+
+/// Takes the text away that stands directly before a node: its indentation.
+void remove_indentation(xmlNode* node) noexcept;
+
+/// The detail of every report about indentation that could not be made or inserted.
+constexpr const char* indentation_detail = ". Error in the indentation";
+
+} // namespace kh
+
+#endif

@@ -1,0 +1,346 @@
+// From a tree to a file that is never half written: the document is saved beside its target, synchronised,
+// and takes the target's place when it is complete. What is no regular file, or lies in a folder that cannot
+// be written to, is written where it stands.
+#include "build/save.h"
+
+#include "tree/cursor.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <iconv.h>
+#include <libxml/encoding.h>
+#include <libxml/xmlIO.h>
+#include <libxml/xmlsave.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <zlib.h>
+
+namespace kh {
+
+namespace {
+
+/// Where bytes go.
+class Output {
+public:
+    Output() = default;
+    virtual ~Output() = default;
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    /// Completes the output. \return whether all bytes arrived
+    virtual bool finish() noexcept = 0;
+
+    long bytes() const noexcept { return bytes_; }
+
+    static int write(void* self, const char* data, int size) noexcept
+    {
+        auto* output = static_cast<Output*>(self);
+        output->failed_ = output->failed_ || !output->put(data, static_cast<std::size_t>(size));
+        if (output->failed_)
+            return -1;
+        output->bytes_ += size;
+        return size;
+    }
+
+protected:
+    bool failed() const noexcept { return failed_; }
+
+private:
+    virtual bool put(const char* data, std::size_t size) noexcept = 0;
+
+    long bytes_ = 0;
+    bool failed_ = false;
+};
+
+class PlainOutput final : public Output {
+public:
+    explicit PlainOutput(int fd) noexcept : fd_(fd) {}
+    bool finish() noexcept override { return !failed(); }
+
+private:
+    bool put(const char* data, std::size_t size) noexcept override
+    {
+        while (size > 0) {
+            const ssize_t count = ::write(fd_, data, size);
+            if (count < 0 && errno != EINTR)
+                return false;
+            const auto taken = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+            data += taken;
+            size -= taken;
+        }
+        return true;
+    }
+
+    int fd_;
+};
+
+/// A file that was compressed when it was read is compressed again.
+class CompressedOutput final : public Output {
+public:
+    CompressedOutput(int fd, int level) noexcept
+    {
+        const int own = dup(fd);
+        const char mode[] = {'w', 'b', static_cast<char>('0' + level), '\0'};
+        file_ = own < 0 ? nullptr : gzdopen(own, mode);
+        if (!file_ && own >= 0)
+            close(own);
+    }
+    ~CompressedOutput() override { finish(); }
+
+    bool finish() noexcept override
+    {
+        const bool complete = file_ && gzclose(file_) == Z_OK && !failed();
+        file_ = nullptr;
+        return complete;
+    }
+
+private:
+    bool put(const char* data, std::size_t size) noexcept override
+    {
+        return file_ && gzwrite(file_, data, static_cast<unsigned>(size)) == static_cast<int>(size);
+    }
+
+    gzFile file_;
+};
+
+/// Standard output, in order with what the program prints itself.
+class StandardOutput final : public Output {
+public:
+    bool finish() noexcept override { return std::fflush(stdout) == 0 && !failed(); }
+
+private:
+    bool put(const char* data, std::size_t size) noexcept override
+    {
+        return std::fwrite(data, 1, size, stdout) == size;
+    }
+};
+
+/// The bytes of a document in its encoding. \return how many; -1 on failure
+long serialise(xmlDoc* document, Output& output) noexcept
+{
+    const ParserCall call;
+    const char* encoding = from_xml(document->encoding);
+    xmlCharEncodingHandler* handler = encoding ? xmlFindCharEncodingHandler(encoding) : nullptr;
+    if (encoding && !handler)
+        return -1;
+    xmlOutputBuffer* buffer = xmlOutputBufferCreateIO(Output::write, nullptr, &output, handler);
+    if (!buffer) {
+        xmlCharEncCloseFunc(handler);
+        return -1;
+    }
+    const int result = xmlSaveFormatFileTo(buffer, document, encoding, 0);
+    // libxml2 counts in an int, which overflows on files of more than 2 GiB.
+    const bool complete = result >= 0 || output.bytes() > INT_MAX;
+    return output.finish() && complete && !call.out_of_memory() ? output.bytes() : -1;
+}
+
+long serialise_to(xmlDoc* document, int fd) noexcept
+{
+    if (document->compression < 0)
+        document->compression = xmlGetCompressMode();
+    if (document->compression > 0 && document->compression <= 9) {
+        CompressedOutput output(fd, document->compression);
+        return serialise(document, output);
+    }
+    PlainOutput output(fd);
+    return serialise(document, output);
+}
+
+/// Tells whether an encoding can hold a document's names. Where it lacks a character, libxml2 would write
+/// "&#1234;", which in a name makes the file unreadable.
+class NameEncoder {
+public:
+    explicit NameEncoder(const char* encoding) noexcept : converter_(iconv_open(encoding, "UTF-8")) {}
+    ~NameEncoder()
+    {
+        if (known())
+            iconv_close(converter_);
+    }
+    NameEncoder(const NameEncoder&) = delete;
+    NameEncoder& operator=(const NameEncoder&) = delete;
+
+    bool holds_names_of(const xmlNode* node) const noexcept
+    {
+        if (is_element(node)) {
+            for (const xmlNs* space = node->nsDef; space; space = space->next) {
+                if (!holds(space->prefix))
+                    return false;
+            }
+            for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
+                if (!holds(attribute->name))
+                    return false;
+            }
+        }
+        return holds(node->name);
+    }
+
+private:
+    bool known() const noexcept { return converter_ != reinterpret_cast<iconv_t>(-1); }
+
+    bool holds(const xmlChar* name) const noexcept
+    {
+        if (!known() || !name)
+            return true;
+        char* input = const_cast<char*>(from_xml(name));
+        std::size_t left = std::strlen(input);
+        while (left > 0) {
+            char discarded[256];
+            char* end = discarded;
+            std::size_t room = sizeof discarded;
+            if (iconv(converter_, &input, &left, &end, &room) == static_cast<std::size_t>(-1) &&
+                errno != E2BIG)
+                return false;
+        }
+        return true;
+    }
+
+    iconv_t converter_;
+};
+
+bool encoding_holds_names(const xmlDoc* document) noexcept
+{
+    if (!document->encoding || xmlParseCharEncoding(from_xml(document->encoding)) == XML_CHAR_ENCODING_UTF8)
+        return true;
+    const NameEncoder encoder(from_xml(document->encoding));
+    for (const xmlNode* node = document->children; node; node = next_node(node)) {
+        if (!encoder.holds_names_of(node))
+            return false;
+    }
+    return true;
+}
+
+/// Opens a file for writing; below 0, and errno, on failure.
+int open_to_write(const std::string& name, int flags) noexcept
+{
+    int fd = -1;
+    do
+        fd = open(name.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666);
+    while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+bool close_file(int fd) noexcept
+{
+    return close(fd) == 0 || errno == EINTR;
+}
+
+/// Puts what was written on the disk, where the file system can do that.
+bool synchronise(int fd) noexcept
+{
+    int result = 0;
+    do
+        result = fsync(fd);
+    while (result < 0 && errno == EINTR);
+    return result == 0 || errno == EINVAL || errno == ENOTSUP || errno == EROFS;
+}
+
+/// A new file beside its target, gone again unless it takes the target's place.
+class Replacement {
+public:
+    explicit Replacement(std::string target) : target_(std::move(target))
+    {
+        static std::atomic<unsigned long> serial{0};
+        const std::string folder = target_.substr(0, target_.rfind('/') + 1); // empty for the working folder
+        do {
+            name_ = folder + ".kalv-" + std::to_string(getpid()) + "-" + std::to_string(++serial);
+            fd_ = open_to_write(name_, O_CREAT | O_EXCL);
+            error_ = fd_ < 0 ? errno : 0;
+        } while (error_ == EEXIST);
+    }
+    ~Replacement()
+    {
+        if (fd_ >= 0)
+            close(fd_);
+        if (error_ == 0 && !in_place_)
+            unlink(name_.c_str());
+    }
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    bool is_open() const noexcept { return fd_ >= 0; }
+    int fd() const noexcept { return fd_; }
+    bool folder_is_closed() const noexcept { return error_ == EACCES || error_ == EPERM || error_ == EROFS; }
+
+    /// Takes the place of the target, with the mode bits, and if possible the owner, of the file that stood
+    /// there.
+    bool take_place(const struct stat* old) noexcept
+    {
+        if (old) {
+            const bool owned = fchown(fd_, old->st_uid, old->st_gid) == 0;
+            static_cast<void>(owned); // only the superuser can give files away
+            if (fchmod(fd_, old->st_mode & 07777) != 0)
+                return false;
+        }
+        const bool synchronised = synchronise(fd_);
+        const bool closed = close_file(std::exchange(fd_, -1));
+        in_place_ = synchronised && closed && rename(name_.c_str(), target_.c_str()) == 0;
+        return in_place_;
+    }
+
+private:
+    std::string target_;
+    std::string name_;
+    int fd_ = -1;
+    int error_ = 0;
+    bool in_place_ = false;
+};
+
+long save_in_place(xmlDoc* document, const std::string& target) noexcept
+{
+    const int fd = open_to_write(target, O_CREAT | O_TRUNC);
+    if (fd < 0)
+        return -1;
+    const long bytes = serialise_to(document, fd);
+    return close_file(fd) ? bytes : -1;
+}
+
+/// The file that a chain of symbolic links leads to, whether it exists or not.
+std::string target_of_links(std::string name)
+{
+    constexpr int longest_chain = 40;
+    for (int links = 0; links < longest_chain; ++links) {
+        std::error_code error;
+        const std::filesystem::path link = std::filesystem::read_symlink(name, error);
+        if (error)
+            break;
+        name = (std::filesystem::path(name).parent_path() / link).string();
+    }
+    return name;
+}
+
+long save_to_standard_output(xmlDoc* document) noexcept
+{
+    StandardOutput output;
+    return serialise(document, output);
+}
+
+} // namespace
+
+long save(xmlDoc* document, const char* file_name)
+{
+    if (!encoding_holds_names(document))
+        return -1;
+    if (std::strcmp(file_name, "-") == 0)
+        return save_to_standard_output(document);
+    const std::string target = target_of_links(file_name);
+    struct stat old;
+    const bool exists = stat(target.c_str(), &old) == 0;
+    if (exists && !S_ISREG(old.st_mode))
+        return save_in_place(document, target);
+    if (exists && access(target.c_str(), W_OK) != 0)
+        return -1;
+    Replacement replacement(target);
+    if (!replacement.is_open())
+        return replacement.folder_is_closed() ? save_in_place(document, target) : -1;
+    const long bytes = serialise_to(document, replacement.fd());
+    return bytes >= 0 && replacement.take_place(exists ? &old : nullptr) ? bytes : -1;
+}
+
+} // namespace kh

@@ -1,0 +1,122 @@
+#include "build/validity.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kh {
+
+namespace {
+
+struct Range {
+    unsigned long first;
+    unsigned long last;
+};
+
+template <std::size_t count>
+bool is_in(const Range (&ranges)[count], unsigned long code_point) noexcept
+{
+    return std::any_of(std::begin(ranges), std::end(ranges), [&](const Range& range) {
+        return code_point >= range.first && code_point <= range.last;
+    });
+}
+
+constexpr Range characters[] = {
+    {0x20, 0xD7FF}, {0x9, 0xA}, {0xD, 0xD}, {0xE000, 0xFFFD}, {0x10000, 0x10FFFF}};
+
+constexpr Range name_starts[] = {
+    {'a', 'z'},       {'A', 'Z'},       {'_', '_'},       {':', ':'},
+    {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
+    {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
+    {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
+};
+
+constexpr Range further_name_characters[] = {
+    {'0', '9'}, {'-', '.'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
+
+constexpr unsigned long no_character = ~0UL;
+
+/// How many bytes the character has that a byte begins; 0 for a byte that begins none.
+std::size_t sequence_length(char first) noexcept
+{
+    const auto byte = static_cast<unsigned char>(first);
+    if (byte < 0x80)
+        return 1;
+    if (byte < 0xC2)
+        return 0;
+    return byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : byte < 0xF5 ? 4 : 0;
+}
+
+/// Takes the first character off a text; no_character where the text is not UTF-8.
+unsigned long take_character(std::string_view& text) noexcept
+{
+    constexpr unsigned long smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const std::size_t length = sequence_length(text[0]);
+    if (length == 0 || length > text.size())
+        return no_character;
+    const auto first = static_cast<unsigned char>(text[0]);
+    unsigned long code_point = length == 1 ? first : first & (0xFFU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte & 0xC0U) != 0x80)
+            return no_character;
+        code_point = (code_point << 6) | (byte & 0x3FU);
+    }
+    text.remove_prefix(length);
+    return code_point >= smallest[length] ? code_point : no_character;
+}
+
+} // namespace
+
+bool is_xml_character(unsigned long code_point) noexcept
+{
+    return is_in(characters, code_point);
+}
+
+bool is_xml_text(std::string_view text) noexcept
+{
+    while (!text.empty()) {
+        if (!is_xml_character(take_character(text)))
+            return false;
+    }
+    return true;
+}
+
+bool is_xml_name(std::string_view text) noexcept
+{
+    if (text.empty() || !is_in(name_starts, take_character(text)))
+        return false;
+    while (!text.empty()) {
+        const unsigned long code_point = take_character(text);
+        if (!is_in(name_starts, code_point) && !is_in(further_name_characters, code_point))
+            return false;
+    }
+    return true;
+}
+
+std::size_t write_utf8(unsigned long code_point, char* bytes) noexcept
+{
+    if (code_point < 0x80) {
+        bytes[0] = static_cast<char>(code_point);
+        return 1;
+    }
+    const std::size_t length = code_point < 0x800 ? 2 : code_point < 0x10000 ? 3 : 4;
+    for (std::size_t i = length - 1; i > 0; --i) {
+        bytes[i] = static_cast<char>(0x80 | (code_point & 0x3F));
+        code_point >>= 6;
+    }
+    bytes[0] = static_cast<char>((0xF00U >> length) | code_point);
+    return length;
+}
+
+std::size_t length_of_whole_characters(std::string_view cut) noexcept
+{
+    std::size_t start = cut.size();
+    while (start > 0 && (static_cast<unsigned char>(cut[start - 1]) & 0xC0U) == 0x80)
+        --start;
+    if (start == 0)
+        return cut.size();
+    --start;
+    return start + sequence_length(cut[start]) > cut.size() ? start : cut.size();
+}
+
+} // namespace kh

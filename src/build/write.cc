@@ -1,0 +1,86 @@
+// Completing the indentation of a document, and writing it.
+#include "build/indentation.h"
+#include "build/save.h"
+#include "tree/cursor.h"
+
+#include <kalv/build.h>
+
+namespace kh {
+
+namespace {
+
+/// Puts the closing tag of a last child's parent on a line of its own.
+bool indent_closing_tag(xmlNode* last_child, long depth, Operation& op) noexcept
+{
+    XmlNode indentation = new_indentation(last_child->doc, 2 * depth - 2);
+    if (!indentation)
+        op.fail(KH_ERR_CREATE_NODE, "%s", indentation_detail);
+    else if (!xmlAddNextSibling(last_child, indentation.get()))
+        op.fail(KH_ERR_ADD_SIBLING, "%s", indentation_detail);
+    else
+        static_cast<void>(indentation.release());
+    return !op.failed();
+}
+
+/// Walks the siblings from `node` on, each after all that is below it. An element that a text follows gets
+/// nothing, so that a second pass adds nothing.
+void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
+{
+    long depth = distance_from_root(document, node);
+    const long top = depth;
+    for (;;) {
+        while (xmlNode* child = first_child(node)) {
+            node = child;
+            ++depth;
+        }
+        for (;;) {
+            if (is_element(node) && !node->next) {
+                if (node == document.root || !indent_closing_tag(node, depth, op))
+                    return;
+            }
+            if (node->next)
+                break;
+            if (depth == top)
+                return;
+            node = node->parent;
+            --depth;
+        }
+        node = node->next;
+    }
+}
+
+} // namespace
+
+} // namespace kh
+
+long kh_tree_traverse_and_format(long* fd, xmlNode* node, long* ierr)
+{
+    kh::Operation op("kh_tree_traverse_and_format", ierr);
+    const kh::Document* document = kh::document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!node)
+        return op.null_argument();
+    kh::format_siblings(*document, node, op);
+    return op.status();
+}
+
+long kh_tree_write(long* fd, const char* file_name, long* ierr)
+{
+    kh::Operation op("kh_tree_write", ierr);
+    const kh::Document* document = kh::document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!file_name)
+        return op.null_argument();
+    kh_tree_traverse_and_format(fd, document->root, op.error_vector());
+    if (op.failed())
+        op.pass_on(); // and the document is saved all the same
+    long bytes = -1;
+    try {
+        bytes = kh::save(document->doc, file_name);
+    } catch (const std::bad_alloc&) {
+        bytes = -1;
+    }
+    return bytes < 0 ? op.fail(KH_ERR_SAVE) : bytes;
+}

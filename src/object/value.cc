@@ -1,0 +1,130 @@
+// Reading values: single ones, arrays, lists and searches.
+#include "object/call.h"
+#include "product/search.h"
+
+#include <kalv/XmlFile.h>
+#include <kalv/read.h>
+
+namespace KALV {
+
+using kh::append_array;
+using kh::read_array;
+using kh::read_value;
+using kh::ReadName;
+
+std::string XmlFile::getElementValueAsString(const std::string& element)
+{
+    return read_value<char*>("XmlFile::getElementValueAsString", kh_tree_read_string_element_value,
+                             &descriptor_, ReadName{element});
+}
+
+long XmlFile::getElementValueAsInt(const std::string& element)
+{
+    return read_value<long>("XmlFile::getElementValueAsInt", kh_tree_read_integer_element_value, &descriptor_,
+                            ReadName{element});
+}
+
+double XmlFile::getElementValueAsReal(const std::string& element)
+{
+    return read_value<double>("XmlFile::getElementValueAsReal", kh_tree_read_real_element_value, &descriptor_,
+                              ReadName{element});
+}
+
+std::string XmlFile::getAttributeValueAsString(const std::string& element, const std::string& attribute)
+{
+    return read_value<char*>("XmlFile::getAttributeValueAsString", kh_tree_read_string_attribute,
+                             &descriptor_, ReadName{element}, ReadName{attribute});
+}
+
+long XmlFile::getAttributeValueAsInt(const std::string& element, const std::string& attribute)
+{
+    return read_value<long>("XmlFile::getAttributeValueAsInt", kh_tree_read_integer_attribute, &descriptor_,
+                            ReadName{element}, ReadName{attribute});
+}
+
+double XmlFile::getAttributeValueAsReal(const std::string& element, const std::string& attribute)
+{
+    return read_value<double>("XmlFile::getAttributeValueAsReal", kh_tree_read_real_attribute, &descriptor_,
+                              ReadName{element}, ReadName{attribute});
+}
+
+std::string XmlFile::getPathValueAsString(const std::string& path)
+{
+    return read_value<char*>("XmlFile::getPathValueAsString", kh_tree_path_read_string_node_value,
+                             &descriptor_, path);
+}
+
+long XmlFile::getPathValueAsInt(const std::string& path)
+{
+    return read_value<long>("XmlFile::getPathValueAsInt", kh_tree_path_read_integer_node_value, &descriptor_,
+                            path);
+}
+
+double XmlFile::getPathValueAsReal(const std::string& path)
+{
+    return read_value<double>("XmlFile::getPathValueAsReal", kh_tree_path_read_real_node_value, &descriptor_,
+                              path);
+}
+
+void XmlFile::getElementArrayAsInt(const std::string& element, std::vector<long>& values)
+{
+    read_array<long>(values, "XmlFile::getElementArrayAsInt", kh_tree_read_integer_element_array,
+                     &descriptor_, ReadName{element});
+}
+
+void XmlFile::getElementArrayAsReal(const std::string& element, std::vector<double>& values)
+{
+    read_array<double>(values, "XmlFile::getElementArrayAsReal", kh_tree_read_real_element_array,
+                       &descriptor_, ReadName{element});
+}
+
+void XmlFile::getElementArrayAsString(const std::string& element, std::vector<std::string>& values)
+{
+    read_array<char*>(values, "XmlFile::getElementArrayAsString", kh_tree_read_string_element_array,
+                      &descriptor_, ReadName{element});
+}
+
+void XmlFile::getPathArrayAsInt(const std::string& path, std::vector<long>& values)
+{
+    read_array<long>(values, "XmlFile::getPathArrayAsInt", kh_tree_path_read_integer_node_array, &descriptor_,
+                     path);
+}
+
+// The one read that fails in silence: callers rely on an empty result instead of an exception.
+void XmlFile::getPathArrayAsReal(const std::string& path, std::vector<double>& values)
+{
+    append_array<double>(values, "XmlFile::getPathArrayAsReal", kh_tree_path_read_real_node_array,
+                         &descriptor_, path);
+}
+
+void XmlFile::getPathArrayAsString(const std::string& path, std::vector<std::string>& values)
+{
+    read_array<char*>(values, "XmlFile::getPathArrayAsString", kh_tree_path_read_string_node_array,
+                      &descriptor_, path);
+}
+
+void XmlFile::getStringValuesFromList(const std::string& listPath, const std::string& item,
+                                      std::vector<std::string>& values)
+{
+    toPath(listPath);
+    const long count = getAttributeValueAsInt(currentElementName(), "count");
+    for (long i = 0; i < count; ++i)
+        values.push_back(getElementValueAsString(item));
+}
+
+std::string XmlFile::findValueInElement(const std::string& element, const std::string& value)
+{
+    std::string path;
+    kh::call("XmlFile::findValueInElement", kh::find_string_value_element, &descriptor_, element, value,
+             &path);
+    return path;
+}
+
+std::string XmlFile::findValueInPath(const std::string& path, const std::string& value)
+{
+    std::string path_found;
+    kh::call("XmlFile::findValueInPath", kh::find_string_value_path, &descriptor_, path, value, &path_found);
+    return path_found;
+}
+
+} // namespace KALV
