@@ -38,7 +38,7 @@ void release_or_throw(const char* method, long descriptor)
         kh::throw_error(method, status);
 }
 
-/// Opens a document. Only then the one held so far goes: it is the table's lowest slots that the two share.
+/// Opens a document. The one held so far is released when that was tried, whatever came of it.
 template <class Open, class... Name>
 void open(const char* method, long& descriptor, Open open_document, const Name&... name)
 {
