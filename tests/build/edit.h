@@ -4,9 +4,11 @@
 
 #include "support/outcome.h"
 
+#include <csignal>
 #include <libxml/parser.h>
 #include <memory>
 #include <string>
+#include <sys/resource.h>
 
 namespace edit {
 
@@ -50,6 +52,28 @@ inline std::string in_memory(const support::Document& document)
     const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(text, xmlFree);
     return without_frame({reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)});
 }
+
+/// While it lives, files cannot grow beyond a size: a disk that is full, for root too.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        signal(SIGXFSZ, handler_);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
 
 using PlainDocument = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
 

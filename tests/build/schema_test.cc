@@ -1,7 +1,5 @@
 #include "build/edit.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -454,12 +452,18 @@ TEST_F(SchemaOfFile, RefusesMissingArguments)
 
 TEST_F(SchemaOfFile, ClosesTheDocumentWhenTheWriteFails)
 {
-    ASSERT_EQ(chmod(file.c_str(), 0444), 0);
-    if (access(file.c_str(), W_OK) == 0)
-        GTEST_SKIP() << "root may write every file";
-    EXPECT_EQ(set(file, "a.xsd", 0).status, KH_ERR_SAVE);
+    const std::string large = "<r>" + std::string(100000, 'x') + "</r>";
+    folder.file("file.xml", large);
+    Outcome result;
+    {
+        const edit::FullDisk disk(4096);
+        result = set(file, "a.xsd", 0);
+    }
+    EXPECT_EQ(result.status, KH_ERR_SAVE);
+    EXPECT_TRUE(edit::ends_with(result.report, "\n\tFunction: kh_set_schema.\n")) << result.report;
     EXPECT_EQ(edit::open_documents(), open_before);
-    EXPECT_EQ(content_of(file), "<r><a/></r>");
+    EXPECT_TRUE(content_of(file) == large);
+    EXPECT_EQ(folder.entries(), 1U);
 }
 
 TEST_F(SchemaOfFile, ReturnsItsStatus)

@@ -1,9 +1,7 @@
 #include "build/edit.h"
 
-#include <csignal>
 #include <filesystem>
 #include <libxml/xmlsave.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -22,28 +20,6 @@ using support::outcome_of;
 using support::success;
 using support::TemporaryFolder;
 using support::untouched;
-
-/// While it lives, files cannot grow beyond a size: a disk that is full, for root too.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) : handler_(signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        signal(SIGXFSZ, handler_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
 
 mode_t mode_of(const std::string& file)
 {
@@ -368,7 +344,7 @@ TEST_F(Replace, LeavesTheOldFileWhenTheDiskIsFull)
 {
     Document large("<r>" + std::string(100000, 'x') + "</r>");
     {
-        const FullDisk disk(4096);
+        const edit::FullDisk disk(4096);
         EXPECT_EQ(write(large), KH_ERR_SAVE);
     }
     expect_old_file();
@@ -381,7 +357,7 @@ TEST_F(Replace, LeavesNoHalfOfANewFileWhenTheDiskIsFull)
     std::filesystem::remove(file);
     Document large("<r>" + std::string(100000, 'x') + "</r>");
     {
-        const FullDisk disk(4096);
+        const edit::FullDisk disk(4096);
         EXPECT_EQ(write(large), KH_ERR_SAVE);
     }
     EXPECT_EQ(folder.entries(), 0U);
