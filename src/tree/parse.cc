@@ -40,7 +40,6 @@ public:
     Descriptor& operator=(const Descriptor&) = delete;
 
     bool is_open() const noexcept { return fd_ >= 0; }
-    bool is_standard_input() const noexcept { return standard_input_; }
 
     /// The size of a regular file; 0 for anything else.
     std::size_t size() const noexcept
@@ -117,6 +116,10 @@ public:
     Stream& operator=(const Stream&) = delete;
 
     bool broken() const noexcept { return broken_; }
+
+    /// The compression that the document is written with later. As libxml2 has it, a file that inflates into its first
+    /// buffer is written plainly, and every other one compressed.
+    int compression() const noexcept { return inflated_ > 16384 ? 9 : -1; }
 
     static int read(void* self, char* buffer, int size) noexcept
     {
@@ -269,7 +272,7 @@ XmlDocument parse_file(const char* file_name) noexcept
         KH_handle_xml_error(nullptr, "I/O error : %s: %s\n", file_name, strerrorname_np(errno));
         return nullptr;
     }
-    const bool compressed = bytes.is_gzip() && !file.is_standard_input();
+    const bool compressed = bytes.is_gzip();
     Stream stream(bytes);
     const Parser parser = new_parser();
     if (!parser || !attach(parser.get(), bytes, stream, file_name))
@@ -281,7 +284,7 @@ XmlDocument parse_file(const char* file_name) noexcept
     parser->myDoc = nullptr;
     if (document) {
         document->parseFlags = 0; // the tree does not tell which limits were lifted
-        document->compression = file.is_standard_input() ? -1 : compressed ? 9 : 0;
+        document->compression = compressed ? stream.compression() : 0;
     }
     return document;
 }
