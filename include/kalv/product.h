@@ -26,9 +26,9 @@ enum kh_file_extension {
  *  \param[in,out] file_type format version * 10 + extension type; receives the extension type alone: callers
  *                 rely on that change. Format version 3 has names and an item of its own.
  *  \param[out] ierr the status
- *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT;
- * #KH_ERR_NO_HEADER_TYPE no header for this extension type; #KH_ERR_CREATE_NODE for every other failure,
- * which leaves the elements made before it */
+ *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT; else
+ *          #KH_ERR_NO_HEADER_TYPE no header for this extension type, or #KH_ERR_CREATE_NODE every other
+ *          failure, an unused slot included; the elements made before it stay */
 KH_EXPORT long kh_tree_create_header(long* fd, long* file_type, long* ierr);
 
 /** The part of kh_tree_create_header() for full files.
@@ -37,7 +37,8 @@ KH_EXPORT long kh_tree_create_header(long* fd, long* file_type, long* ierr);
  *  \param[in] header_name name of the header element
  *  \param[in] version     format version
  *  \param[in,out] ierr    the status; not set to 0 on entry
- *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_ARGUMENT; #KH_ERR_CREATE_NODE; #KH_ERR_NOT_FOUND */
+ *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_ARGUMENT; #KH_ERR_NOT_FOUND the document has
+ * elements in the header's place; #KH_ERR_CREATE_NODE every other failure; #KH_ERR_MEMORY */
 KH_EXPORT long KH_tree_create_header_EOF(long* fd, const char* root_name, const char* header_name,
                                          long version, long* ierr);
 
@@ -52,12 +53,13 @@ KH_EXPORT long KH_tree_create_header_HDR(long* fd, const char* header_name, long
  *  \param[in] value the text. `File_Version` is taken as a decimal number.
  *  \param[out] ierr the status
  *  \return the status: 0; #KH_WARN_LENGTH the value was cut; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT;
- *          #KH_ERR_NOT_HEADER_ITEM; #KH_ERR_NOT_FOUND; #KH_ERR_FORMAT the value could not be set */
+ *          #KH_ERR_NOT_HEADER_ITEM another name on an unused slot; #KH_ERR_NOT_FOUND no such element, no root
+ *          or an unused slot; #KH_ERR_FORMAT the value could not be set */
 KH_EXPORT long kh_tree_set_fixed_header_item(long* fd, const char* item, const char* value, long* ierr);
 
 /** Writes thirteen items; `KVSTD_Version` is not among them. Stops at the first failure.
- *  \return the status: 0; #KH_WARN_LENGTH; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT null version; #KH_ERR_FORMAT
- * any failure: the items before it stay written */
+ *  \return the status: 0; #KH_WARN_LENGTH at least one value was cut; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT
+ *          null version; #KH_ERR_FORMAT any other failure: the items before it stay written */
 KH_EXPORT long kh_tree_set_fixed_header_items(long* fd, const char* file_name, const char* file_description,
                                               const char* notes, const char* mission, const char* file_class,
                                               const char* file_type, const char* validity_start,
@@ -69,16 +71,20 @@ KH_EXPORT long kh_tree_set_fixed_header_items(long* fd, const char* file_name, c
 /** Reads one item of the header; the cursor moves to its element.
  *  \param[in] fd   the document
  *  \param[in] item the item's tag; any other name reads nothing, with success
- *  \param[in,out] value receives a fresh block for a text; for `File_Version` it must point to at least 21
- *                  characters of the caller's, which receive the number
+ *  \param[in,out] value receives a fresh block for a text, an empty one with #KH_ERR_NO_VALUE; for
+ *                  `File_Version` it must point to at least 21 characters of the caller's, which receive the
+ *                  number, and stay as they are on failure
  *  \param[out] ierr the status
- *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT; #KH_ERR_NOT_HEADER_ITEM; #KH_ERR_NO_VALUE;
- *          #KH_ERR_READ_ITEM */
+ *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT; #KH_ERR_NOT_HEADER_ITEM another name on an
+ *          unused slot; #KH_ERR_NO_VALUE; #KH_ERR_READ_ITEM no root, an unused slot, or no such value */
 KH_EXPORT long kh_tree_get_fixed_header_item(long* fd, const char* item, char** value, long* ierr);
 
-/** Reads thirteen items. The twelve texts are fresh blocks, empty where an item cannot be read; such failures
- * are not reported. `*file_version` is written only where it can be read. \return the status: 0;
- * #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT; #KH_ERR_NO_ROOT; #KH_ERR_ARGUMENT */
+/** Reads thirteen items, each behind the one before: an item that is out of order is not found. The twelve
+ *  texts are fresh blocks, empty where an item cannot be read; such failures are not reported.
+ *  `*file_version` stays as it is where there is no such text, and is 0 where the text is no number.
+ *
+ *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT or #KH_ERR_NO_ROOT, with empty texts;
+ *          #KH_ERR_ARGUMENT; #KH_ERR_MEMORY a text is null */
 KH_EXPORT long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_description,
                                               char** notes, char** mission, char** file_class,
                                               char** file_type, char** validity_start, char** validity_stop,
@@ -108,11 +114,11 @@ KH_EXPORT long kh_create_filename(const long* sat_id, const char* file_class, co
  *  \param[out] sat_id      the satellite of the mission code; 0 for an unknown one
  *  \param[out] file_class  at least 5 characters
  *  \param[out] file_type   at least 11 characters
- *  \param[out] instance_id at least 43 characters; written only for a name with six parts, of which it is the
- *                          last three
+ *  \param[out] instance_id at least 43 characters; written only for a name of at least six parts: the fourth
+ *                          to the sixth
  *  \param[out] ierr        the status
- *  \return the number of parts; else #KH_ERR_ARGUMENT or #KH_ERR_FILE_NAME_LENGTH. #KH_WARN_LENGTH in
- * `*ierr`: a part did not fit its buffer and was not written */
+ *  \return the number of parts, also with #KH_WARN_LENGTH in `*ierr`: a part did not fit its buffer and was
+ *          not written; else #KH_ERR_ARGUMENT, #KH_ERR_FILE_NAME_LENGTH or #KH_ERR_MEMORY */
 KH_EXPORT long kh_read_filename_items(const char* file_name, long* sat_id, char* file_class, char* file_type,
                                       char* instance_id, long* ierr);
 
@@ -136,8 +142,9 @@ KH_EXPORT long KH_Get_file_extension_type(long sat_id);
  *  \param[in] value        the value
  *  \param[out] path        receives the element's path; the caller provides the room
  *  \param[out] ierr        the status
- *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; the code of the
- * first read where no value could be read */
+ *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; #KH_ERR_MEMORY;
+ *          the code of the first read where no value could be read. An element without a value, or with
+ *          more than one node, ends the search */
 KH_EXPORT long kh_tree_find_string_value_element(long* fd, const char* element_name, const char* value,
                                                  char* path, long* ierr);
 
@@ -146,9 +153,10 @@ KH_EXPORT long kh_tree_find_string_value_element(long* fd, const char* element_n
  *  \param[in] array_path the path
  *  \param[in] value      the value
  *  \param[out] path      receives the path with the 1-based index of the first match for the "*": at least
- * the path's length plus 20 characters \param[out] ierr      the status \return the status: 0; the descriptor
- * checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; #KH_ERR_MEMORY; what
- *          kh_tree_path_read_string_node_array() reports */
+ *                        the path's length plus 20 characters
+ *  \param[out] ierr      the status
+ *  \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_VALUE_NOT_FOUND; #KH_ERR_MEMORY;
+ *          what kh_tree_path_read_string_node_array() reports, warnings included */
 KH_EXPORT long kh_tree_find_string_value_path(long* fd, const char* array_path, const char* value, char* path,
                                               long* ierr);
 /**@}*/

@@ -91,8 +91,11 @@ public:
     /// Goes to the root, which is made if the document has none, and makes the first element of the header.
     bool begin(const std::string& root, const std::string& first, Placement placement)
     {
-        if (!go_to("/" + root) && (kh_tree_create_root(fd_, root.c_str(), op_.error_vector()), op_.failed()))
-            return fail(KH_ERR_CREATE_NODE);
+        if (!go_to("/" + root)) {
+            kh_tree_create_root(fd_, root.c_str(), op_.error_vector());
+            if (op_.failed())
+                return fail(KH_ERR_CREATE_NODE);
+        }
         if (go_to("/" + root + "/" + first))
             return fail(KH_WARN_HEADER_EXISTS);
         if (op_.status() != KH_ERR_NOT_FOUND) // nobody knows whether there is a header
@@ -155,7 +158,16 @@ private:
     long* fd_;
 };
 
-/// Moves the cursor to the root and hands the rest to the reader of the item.
+/// The check of an item's name. Any name is taken while the status is clean, and the call then acts on no
+/// value: callers rely on reaching other elements that way.
+bool takes_name(Operation& op, const HeaderItem* item) noexcept
+{
+    if (!item && op.failed())
+        op.fail(KH_ERR_NOT_HEADER_ITEM);
+    return item || !op.failed();
+}
+
+/// Reads the next element of the item; a number is printed into the room that `*value` points to.
 void read_item(long* fd, const HeaderItem& item, char** value, long* ierr) noexcept
 {
     if (item.kind == Kind::text) {
@@ -167,6 +179,7 @@ void read_item(long* fd, const HeaderItem& item, char** value, long* ierr) noexc
         std::snprintf(*value, number_size, "%ld", number);
 }
 
+/// Writes the value of the element under the cursor.
 void write_item(long* fd, const HeaderItem& item, const char* value, long* ierr) noexcept
 {
     if (item.kind == Kind::text) {
@@ -253,8 +266,8 @@ long kh_tree_set_fixed_header_item(long* fd, const char* item, const char* value
     if (!value || !item)
         return op.null_argument();
     const HeaderItem* known = kh::find_item(item);
-    if (!known && op.failed())
-        return op.fail(KH_ERR_NOT_HEADER_ITEM);
+    if (!kh::takes_name(op, known))
+        return op.status();
     kh_tree_rewind(fd, op.error_vector());
     kh_tree_go_to_element_node(fd, item, op.error_vector());
     if (op.failed())
@@ -306,8 +319,8 @@ long kh_tree_get_fixed_header_item(long* fd, const char* item, char** value, lon
     const HeaderItem* known = kh::find_item(item);
     if (known && known->kind == Kind::number && !*value)
         return op.null_argument();
-    if (!known && op.failed())
-        return op.fail(KH_ERR_NOT_HEADER_ITEM);
+    if (!kh::takes_name(op, known))
+        return op.status();
     kh_tree_rewind(fd, op.error_vector());
     if (known)
         kh::read_item(fd, *known, value, op.error_vector());
