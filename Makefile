@@ -7,7 +7,7 @@ PRESET ?= default
 .PHONY: demo test build setup format clean
 
 demo: build
-	./build/$(PRESET)/examples/demo
+	./build/$(PRESET)/examples/demo /usr/share/X11/xkb/rules/base.xml build/demo_result.xml
 
 test: build
 	ctest --preset $(PRESET)

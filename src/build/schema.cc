@@ -46,7 +46,7 @@ std::string take_field(std::string_view& text)
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     const std::size_t length =
         std::min(std::min(text.find_first_of(" \t\n\v\f\r"), std::size_t{2}), text.size());
-    const std::string field(text.substr(0, length));
+    std::string field(text.substr(0, length));
     text.remove_prefix(length);
     return field;
 }

@@ -195,7 +195,7 @@ long read_numbers(const char* name, Number** output, long* ierr, ReadTexts read_
     Operation op(name, ierr);
     Numbers<Number> numbers;
     read_texts(numbers, output != nullptr, op.error_vector());
-    if (!op.failed()) {
+    if (output && !op.failed()) {
         numbers.deliver(*output, op);
         return op.status();
     }

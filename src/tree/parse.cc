@@ -117,8 +117,8 @@ public:
 
     bool broken() const noexcept { return broken_; }
 
-    /// The compression that the document is written with later. As libxml2 has it, a file that inflates into its first
-    /// buffer is written plainly, and every other one compressed.
+    /// The compression that the document is written with later. As libxml2 has it, a file that inflates into
+    /// its first buffer is written plainly, and every other one compressed.
     int compression() const noexcept { return inflated_ > 16384 ? 9 : -1; }
 
     static int read(void* self, char* buffer, int size) noexcept
