@@ -84,7 +84,7 @@ KH_EXPORT long kh_tree_get_fixed_header_item(long* fd, const char* item, char** 
  *  `*file_version` stays as it is where there is no such text, and is 0 where the text is no number.
  *
  *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT or #KH_ERR_NO_ROOT, with empty texts;
- *          #KH_ERR_ARGUMENT; #KH_ERR_MEMORY a text is null */
+ *          #KH_ERR_ARGUMENT; #KH_ERR_MEMORY a value is lost, and its text empty or null */
 KH_EXPORT long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_description,
                                               char** notes, char** mission, char** file_class,
                                               char** file_type, char** validity_start, char** validity_stop,

@@ -350,16 +350,19 @@ long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_desc
     for (const HeaderItem& item : kh::header_items) {
         if (item.versions == Versions::new_only)
             continue;
+        // A value that cannot be read is an empty one to callers; one that there is no memory for is not.
         long untold = KH_OK;
         if (item.kind == Kind::number) {
             kh_tree_read_integer_element_value(fd, item.tag, file_version, &untold);
-            continue;
+        } else {
+            char* value = nullptr;
+            kh_tree_read_string_element_value(fd, item.tag, &value, &untold);
+            if (!value && !(value = kh::empty_text().release()))
+                untold = KH_ERR_MEMORY;
+            **text++ = value;
         }
-        char* value = nullptr;
-        kh_tree_read_string_element_value(fd, item.tag, &value, &untold);
-        if (!value && !(value = kh::empty_text().release()))
+        if (untold == KH_ERR_MEMORY)
             op.fail(KH_ERR_MEMORY);
-        **text++ = value;
     }
     return op.status();
 }
