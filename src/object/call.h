@@ -6,6 +6,7 @@
 #include "frame/memory.h"
 #include "frame/operation.h"
 
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -123,10 +124,18 @@ public:
     Entry** address() noexcept { return &entries_; }
     long* count() noexcept { return &count_; }
 
+    /// Appends all or, where memory runs out, nothing.
     template <class Value>
     void append_to(std::vector<Value>& values) const
     {
-        values.insert(values.end(), entries_, entries_ + count_);
+        if constexpr (std::is_same_v<Entry, Value>) {
+            values.insert(values.end(), entries_, entries_ + count_);
+        } else {
+            // Made beside the vector: a text that failed inside it would cost the texts that it holds.
+            std::vector<Value> made(entries_, entries_ + count_);
+            values.insert(values.end(), std::make_move_iterator(made.begin()),
+                          std::make_move_iterator(made.end()));
+        }
     }
 
 private:
@@ -134,25 +143,13 @@ private:
     long count_ = 0;
 };
 
-/// Appends the array that a call reads. \return the status; where it is not 0, nothing is appended
-template <class Entry, class Value, class Function, class... Arguments>
-long append_array(std::vector<Value>& values, const char* method, Function read,
-                  const Arguments&... arguments)
-{
-    ReceivedArray<Entry> array;
-    const long status = status_of(method, read, arguments..., array.address(), array.count());
-    if (status == KH_OK)
-        array.append_to(values);
-    return status;
-}
-
-/// The same for a read that must succeed.
+/// Appends the array that a call reads.
 template <class Entry, class Value, class Function, class... Arguments>
 void read_array(std::vector<Value>& values, const char* method, Function read, const Arguments&... arguments)
 {
-    const long status = append_array<Entry>(values, method, read, arguments...);
-    if (status != KH_OK)
-        throw_error(method, status);
+    ReceivedArray<Entry> array;
+    call(method, read, arguments..., array.address(), array.count());
+    array.append_to(values);
 }
 
 } // namespace kh

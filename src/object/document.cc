@@ -66,7 +66,7 @@ long call_or_let_go(const char* method, long& descriptor, Function function, con
 long get_path(const long* fd, std::string* path, long* ierr)
 {
     kh::Operation op("kh_tree_get_path", ierr);
-    const kh::Document* document = document_with_root(op, fd);
+    kh::Document* document = document_with_root(op, fd);
     if (!document)
         return op.status();
     if (!document->current)
@@ -94,15 +94,15 @@ XmlFile::~XmlFile() noexcept(false)
 }
 
 XmlFile::XmlFile(XmlFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, no_document)), file_name_(std::move(other.file_name_))
+    : descriptor_(std::exchange(other.descriptor_, no_document)),
+      file_name_(std::exchange(other.file_name_, std::string()))
 {
-    other.file_name_.clear();
 }
 
+// Moving to itself changes nothing: what is taken out of the other comes back, and nothing is held in
+// between.
 XmlFile& XmlFile::operator=(XmlFile&& other) noexcept(false)
 {
-    if (this == &other)
-        return *this;
     const long held = std::exchange(descriptor_, std::exchange(other.descriptor_, no_document));
     file_name_ = std::exchange(other.file_name_, std::string());
     release_or_throw("XmlFile::operator=", held);

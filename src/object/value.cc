@@ -7,7 +7,6 @@
 
 namespace KALV {
 
-using kh::append_array;
 using kh::read_array;
 using kh::read_value;
 using kh::ReadName;
@@ -93,8 +92,11 @@ void XmlFile::getPathArrayAsInt(const std::string& path, std::vector<long>& valu
 // The one read that fails in silence: callers rely on an empty result instead of an exception.
 void XmlFile::getPathArrayAsReal(const std::string& path, std::vector<double>& values)
 {
-    append_array<double>(values, "XmlFile::getPathArrayAsReal", kh_tree_path_read_real_node_array,
-                         &descriptor_, path);
+    kh::ReceivedArray<double> array;
+    const long status = kh::status_of("XmlFile::getPathArrayAsReal", kh_tree_path_read_real_node_array,
+                                      &descriptor_, path, array.address(), array.count());
+    if (status == KH_OK)
+        array.append_to(values);
 }
 
 void XmlFile::getPathArrayAsString(const std::string& path, std::vector<std::string>& values)
