@@ -80,6 +80,8 @@ long add_sibling(const char* function, long* fd, const char* path, const char* n
 
 void remove_element(Document& document, xmlNode* node) noexcept
 {
+    document.edited();
+    document.child_index.removing(node);
     remove_indentation(node);
     document.current = node == document.root ? nullptr : node->parent;
     if (node == document.root)
@@ -109,6 +111,7 @@ long kh_tree_create_root(long* fd, const char* name, long* ierr)
     XmlNode root = kh::new_element(document->doc, nullptr, name, "\n  ");
     if (!root)
         return op.fail(KH_ERR_CREATE_NODE);
+    document->edited();
     kh::link_root(document->doc, root.get());
     document->root = root.release();
     document->current = document->root;
@@ -131,6 +134,7 @@ long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
     XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, parent) + 2);
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
+    document->edited();
     document->current = xmlAddChild(parent, child.release());
     kh::remove_indentation(document->current);
     xmlAddPrevSibling(document->current, indentation.release());
@@ -162,6 +166,11 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
     XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, reference));
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
+    document->edited();
+    if (insert == xmlAddNextSibling)
+        document->child_index.inserted_behind(reference);
+    else
+        document->child_index.inserted_before(reference);
     xmlNode* inserted = insert(reference, added);
     if (!inserted)
         return op.fail(KH_ERR_ADD_SIBLING);

@@ -296,7 +296,8 @@ long kh_copy_node(long* fd, const char* path, const char* source_file, const cha
     kh_tree_go_to_path_node(fd, path, op.error_vector());
     if (op.failed())
         return op.pass_on(KH_ERR_NOT_FOUND);
-    xmlNode* target = kh::find_document(fd)->current;
+    kh::Document* document = kh::find_document(fd);
+    xmlNode* target = document->current;
     if (!kh::is_element(target))
         return op.fail(KH_ERR_NOT_ELEMENT);
     kh::Source source(source_file, op.error_vector());
@@ -305,6 +306,7 @@ long kh_copy_node(long* fd, const char* path, const char* source_file, const cha
     kh_tree_go_to_path_node(source.fd(), source_path, op.error_vector());
     if (op.failed())
         return op.pass_on(KH_ERR_NOT_FOUND);
+    document->edited();
     if (!kh::append_copy(target, kh::find_document(source.fd())->current))
         return op.fail(KH_ERR_MEMORY);
     return source.close(op.error_vector());

@@ -84,11 +84,22 @@ bool check_format(Operation& op, const char* format, Conversion wanted, va_list 
     return text && check_text(op, text);
 }
 
-bool set(const Document& document, const char* text)
+/// True where setting a value takes nothing away that a walk could have found.
+bool is_leaf(const xmlNode* node) noexcept
+{
+    const xmlNode* child = first_child(node);
+    return !child || (!child->next && child->type == XML_TEXT_NODE);
+}
+
+bool set(Document& document, const char* text)
 {
     xmlNode* node = document.current;
     if (ends_with_attribute(document))
         return set_attribute(node, attribute_name(document), text);
+    if (!is_leaf(node)) {
+        document.edited();
+        document.child_index.emptying(node);
+    }
     return is_element(node) ? set_element_content(node, text) : set_text_content(node, text);
 }
 
@@ -102,7 +113,7 @@ long set_value(long* fd, const char* path, const char* format, Conversion wanted
     kh_tree_go_to_path_node(fd, path, op.error_vector());
     if (op.failed())
         return op.pass_on();
-    const Document& document = *find_document(fd);
+    Document& document = *find_document(fd);
     if (!check_target(op, document))
         return op.status();
     va_list inspected;

@@ -68,12 +68,14 @@ long kh_tree_traverse_and_format(long* fd, xmlNode* node, long* ierr)
 long kh_tree_write(long* fd, const char* file_name, long* ierr)
 {
     kh::Operation op("kh_tree_write", ierr);
-    const kh::Document* document = kh::document_with_root(op, fd);
+    kh::Document* document = kh::document_with_root(op, fd);
     if (!document)
         return op.status();
     if (!file_name)
         return op.null_argument();
-    kh_tree_traverse_and_format(fd, document->root, op.error_vector());
+    if (!document->is_formatted)
+        kh_tree_traverse_and_format(fd, document->root, op.error_vector());
+    document->is_formatted = !op.failed();
     if (op.failed())
         op.pass_on(); // and the document is saved all the same
     long bytes = -1;

@@ -26,6 +26,20 @@ const char* skip_spaces(const char* text)
     return text;
 }
 
+/// A number of many digits, which may overflow. Accumulated below zero, where a long reaches one further.
+Parsed<long> parse_long_integer(const char* digit, bool negative) noexcept
+{
+    long value = 0;
+    for (; is_digit(*digit); ++digit) {
+        if (__builtin_mul_overflow(value, 10L, &value) ||
+            __builtin_sub_overflow(value, long{*digit - '0'}, &value))
+            return {negative ? LONG_MIN : LONG_MAX, true};
+    }
+    if (!negative && value == LONG_MIN)
+        return {LONG_MAX, true};
+    return {negative ? value : -value, true};
+}
+
 } // namespace
 
 Parsed<long> parse_integer(const char* text) noexcept
@@ -36,16 +50,16 @@ Parsed<long> parse_integer(const char* text) noexcept
         ++digit;
     if (!is_digit(*digit))
         return {0, false};
-    // Accumulated below zero, where a long reaches one further.
-    long value = 0;
-    for (; is_digit(*digit); ++digit) {
-        if (__builtin_mul_overflow(value, 10L, &value) ||
-            __builtin_sub_overflow(value, long{*digit - '0'}, &value))
-            return {negative ? LONG_MIN : LONG_MAX, true};
+    // No overflow is possible within eighteen digits, and few numbers have more.
+    const char* const first = digit;
+    unsigned long magnitude = 0;
+    for (; is_digit(*digit); ++digit)
+        magnitude = 10 * magnitude + static_cast<unsigned long>(*digit - '0');
+    if (digit - first <= 18) {
+        const auto value = static_cast<long>(magnitude);
+        return {negative ? -value : value, true};
     }
-    if (negative)
-        return {value, true};
-    return {value == LONG_MIN ? LONG_MAX : -value, true};
+    return parse_long_integer(first, negative);
 }
 
 Parsed<double> parse_real(const char* text) noexcept

@@ -44,11 +44,33 @@ xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char*
     return nullptr;
 }
 
+/// The same child as by walking, and the same move: to the last element of that name that the walk tries
+/// behind the first child.
+static xmlNode* go_to_indexed_child(Document& document, const xmlNode* node, const char* name,
+                                    std::size_t index)
+{
+    ChildIndex::List& list = document.child_index.list(node, name);
+    xmlNode* child = list.at(index);
+    xmlNode* tried = child || list.all().empty() ? child : list.all().back();
+    if (tried && tried != first_child(node))
+        document.current = tried;
+    return child;
+}
+
 xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, long index) noexcept
 {
     xmlNode* child = first_child(node);
     if (!child)
         return nullptr;
+    // Farther away, the index saves the walk, and leaves the cursor where the walk would have left it.
+    constexpr long walking_distance = 8;
+    if (index >= walking_distance) {
+        try {
+            return go_to_indexed_child(document, node, name, static_cast<std::size_t>(index));
+        } catch (const std::bad_alloc&) {
+            // The walk needs no memory.
+        }
+    }
     // An index below 0 takes the first child, whatever it is: callers reach texts that way.
     for (long k = is_element_named(child, name) ? 0 : -1; k < index; ++k) {
         child = go_to_next_sibling(document, child, name);

@@ -4,10 +4,12 @@
 
 #include "frame/memory.h"
 #include "frame/operation.h"
+#include "tree/child_index.h"
 #include "tree/xml.h"
 
 #include <atomic>
 #include <kalv/document.h>
+#include <string>
 
 namespace kh {
 
@@ -26,11 +28,30 @@ struct Document : kh_document_slot {
     Block<char> path_names;
     std::size_t path_names_size = 0;
 
+    /// The path that the stack holds, as it was written.
+    std::string chopped_path;
+
+    /// Where the stack led from the root, as long as nothing has been edited since.
+    xmlNode* walked_to = nullptr;
+
+    /// Where children are that took a walk to find.
+    ChildIndex child_index;
+
+    /// True when all closing tags have their indentation, and nothing has been edited since.
+    bool is_formatted = false;
+
     /// Room of the block that `requested_tag` owns.
     std::size_t requested_tag_size = 0;
 
     /// Namespace declarations that were taken off their element while others still refer to them.
     XmlNamespaces detached;
+
+    /// Nodes were added or are about to be removed: what a walk found before need not hold any more.
+    void edited() noexcept
+    {
+        walked_to = nullptr;
+        is_formatted = false;
+    }
 };
 
 /// The document of a descriptor; null, with a report, where there is none.

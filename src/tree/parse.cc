@@ -9,14 +9,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/uri.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -41,14 +39,6 @@ public:
 
     bool is_open() const noexcept { return fd_ >= 0; }
 
-    /// The size of a regular file; 0 for anything else.
-    std::size_t size() const noexcept
-    {
-        struct stat status;
-        return fstat(fd_, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size)
-                                                                   : 0;
-    }
-
     /// As read(2), taken up again after a signal.
     ssize_t read(char* buffer, std::size_t size) const noexcept
     {
@@ -64,140 +54,151 @@ private:
     int fd_;
 };
 
-/// The bytes of a file.
-struct Bytes {
-    Block<char> block;
-    std::size_t size = 0;
-
-    bool is_gzip() const noexcept { return size > 2 && std::memcmp(block.get(), "\x1f\x8b", 2) == 0; }
-
-    /// Reads a file to its end. A plain read: a mapping would end the process when somebody cuts the file
-    /// short.
-    bool read(const Descriptor& file) noexcept
-    {
-        std::size_t capacity = std::max<std::size_t>(file.size() + 1, 4096);
-        block.reset(static_cast<char*>(std::malloc(capacity)));
-        while (block) {
-            const ssize_t count = file.read(block.get() + size, capacity - size);
-            if (count <= 0)
-                return count == 0;
-            size += static_cast<std::size_t>(count);
-            if (size < capacity)
-                continue;
-            capacity *= 2;
-            void* larger = std::realloc(block.get(), capacity);
-            if (!larger)
-                return false;
-            static_cast<void>(block.release());
-            block.reset(static_cast<char*>(larger));
-        }
-        errno = ENOMEM;
-        return false;
-    }
-};
-
-/// Hands bytes to the parser piece by piece, inflated where they are compressed.
-class Stream {
+/// The bytes of a file, inflated where they are compressed. A plain read: a mapping would end the process
+/// when somebody cuts the file short.
+class Input {
 public:
-    explicit Stream(const Bytes& bytes) noexcept : bytes_(bytes), inflating_(bytes.is_gzip())
+    explicit Input(const char* file_name) noexcept
+        : file_(file_name), buffer_(static_cast<char*>(std::malloc(buffer_size)))
     {
-        if (!inflating_)
+        if (!file_.is_open() || !buffer_)
             return;
-        state_.next_in = reinterpret_cast<Bytef*>(bytes.block.get());
-        initialised_ = inflateInit2(&state_, 15 + 16) == Z_OK;
-        broken_ = !initialised_;
+        while (!ended_ && !failed_ && end_ < buffer_size)
+            read_more();
+        compressed_ = starts_member();
+        if (compressed_) {
+            initialised_ = inflateInit2(&state_, 15 + 16) == Z_OK;
+            failed_ = failed_ || !initialised_;
+        }
     }
-    ~Stream()
+    ~Input()
     {
         if (initialised_)
             inflateEnd(&state_);
     }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
 
-    bool broken() const noexcept { return broken_; }
+    bool is_open() const noexcept { return file_.is_open() && buffer_; }
+    /// True when bytes could not be read, or are not what compressed ones must be.
+    bool failed() const noexcept { return failed_; }
+    bool is_compressed() const noexcept { return compressed_; }
+
+    /// The whole file, where it is a small one that needs no inflating.
+    bool is_in_memory() const noexcept { return ended_ && !compressed_; }
+    const char* data() const noexcept { return buffer_.get(); }
+    int size() const noexcept { return static_cast<int>(end_); }
 
     /// The compression that the document is written with later. As libxml2 has it, a file that inflates into
     /// its first buffer is written plainly, and every other one compressed.
-    int compression() const noexcept { return inflated_ > 16384 ? 9 : -1; }
+    int compression() const noexcept { return !compressed_ ? 0 : inflated_ > 16384 ? 9 : -1; }
 
-    static int read(void* self, char* buffer, int size) noexcept
+    /// Hands the parser the next bytes.
+    static int read(void* self, char* bytes, int size) noexcept
     {
-        auto* stream = static_cast<Stream*>(self);
-        return stream->inflating_ ? stream->inflate_into(buffer, size) : stream->copy_into(buffer, size);
+        auto* input = static_cast<Input*>(self);
+        const std::size_t room = static_cast<std::size_t>(size);
+        const std::size_t count =
+            input->compressed_ ? input->inflate_into(bytes, room) : input->copy_into(bytes, room);
+        return input->failed_ ? -1 : static_cast<int>(count);
     }
 
 private:
-    // A small file that inflates without end is an attack: real data stays far below a hundredfold.
-    static constexpr std::size_t free_size = 16U << 20;
-    static constexpr std::size_t largest_ratio = 100;
+    static constexpr std::size_t buffer_size = 64U << 10;
 
-    int copy_into(char* buffer, int size) noexcept
+    // What inflates without end is an attack. Real data seldom comes near the largest ratio that there is,
+    // 1032.
+    static constexpr std::size_t harmless_size = 16U << 20;
+    static constexpr std::size_t largest_ratio = 900;
+
+    void read_more() noexcept
     {
-        const std::size_t count = std::min(static_cast<std::size_t>(size), bytes_.size - position_);
-        std::memcpy(buffer, bytes_.block.get() + position_, count);
-        position_ += count;
-        return static_cast<int>(count);
+        const ssize_t count = file_.read(buffer_.get() + end_, buffer_size - end_);
+        if (count < 0) {
+            KH_handle_xml_error(nullptr, "I/O error : %s\n", strerrordesc_np(errno));
+            failed_ = true;
+            return;
+        }
+        ended_ = count == 0;
+        end_ += static_cast<std::size_t>(count);
     }
 
-    int inflate_into(char* buffer, int size) noexcept
+    /// Makes sure that there are at least `count` bytes, or all that are left.
+    void provide(std::size_t count) noexcept
     {
-        state_.next_out = reinterpret_cast<Bytef*>(buffer);
+        if (end_ - begin_ >= count)
+            return;
+        std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+        while (!ended_ && !failed_ && end_ < count)
+            read_more();
+    }
+
+    std::size_t copy_into(char* bytes, std::size_t size) noexcept
+    {
+        provide(1);
+        const std::size_t count = std::min(size, end_ - begin_);
+        std::memcpy(bytes, buffer_.get() + begin_, count);
+        begin_ += count;
+        return count;
+    }
+
+    bool starts_member() const noexcept
+    {
+        return end_ - begin_ > 2 && std::memcmp(buffer_.get() + begin_, "\x1f\x8b", 2) == 0;
+    }
+
+    std::size_t inflate_into(char* bytes, std::size_t size) noexcept
+    {
+        state_.next_out = reinterpret_cast<Bytef*>(bytes);
         state_.avail_out = static_cast<uInt>(size);
-        while (!broken_ && !finished_ && state_.avail_out > 0)
-            step();
-        const int count = size - static_cast<int>(state_.avail_out);
-        inflated_ += static_cast<std::size_t>(count);
-        if (inflated_ > free_size && inflated_ / largest_ratio > position_)
-            broken_ = true;
-        return broken_ ? -1 : count;
+        while (!failed_ && !finished_ && state_.avail_out > 0)
+            inflate_more();
+        const std::size_t count = size - state_.avail_out;
+        inflated_ += count;
+        if (inflated_ > harmless_size && inflated_ / largest_ratio > consumed_)
+            failed_ = true;
+        return count;
     }
 
-    void step() noexcept
+    void inflate_more() noexcept
     {
-        const std::size_t left = bytes_.size - position_;
-        const uInt offered = static_cast<uInt>(std::min<std::size_t>(left, UINT_MAX));
-        state_.avail_in = offered;
+        provide(1);
+        const std::size_t offered = end_ - begin_;
+        state_.next_in = reinterpret_cast<Bytef*>(buffer_.get() + begin_);
+        state_.avail_in = static_cast<uInt>(offered);
         const int result = inflate(&state_, Z_NO_FLUSH);
-        position_ += offered - state_.avail_in;
+        begin_ += offered - state_.avail_in;
+        consumed_ += offered - state_.avail_in;
         if (result == Z_STREAM_END)
-            finish_member();
+            end_member();
         else if (result != Z_OK)
-            broken_ = true; // damaged, or cut short
+            failed_ = true; // damaged, or cut short
     }
 
     /// Compressed files may stand one behind the other; what follows them and is none is not read.
-    void finish_member() noexcept
+    void end_member() noexcept
     {
-        const char* rest = bytes_.block.get() + position_;
-        if (bytes_.size - position_ > 2 && std::memcmp(rest, "\x1f\x8b", 2) == 0)
-            broken_ = inflateReset(&state_) != Z_OK;
-        else
-            finished_ = true;
+        provide(3);
+        finished_ = !starts_member();
+        if (!finished_ && inflateReset(&state_) != Z_OK)
+            failed_ = true;
     }
 
-    const Bytes& bytes_;
-    const bool inflating_;
+    Descriptor file_;
+    Block<char> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    bool ended_ = false;
+    bool failed_ = false;
+    bool compressed_ = false;
     bool initialised_ = false;
-    bool broken_ = false;
     bool finished_ = false;
-    std::size_t position_ = 0;
+    std::size_t consumed_ = 0;
     std::size_t inflated_ = 0;
     z_stream state_ = {};
 };
-
-/// Refuses a text that libxml2 would have refused, had it come in pieces.
-void take_text(void* context, const xmlChar* text, int length)
-{
-    xmlSAX2Characters(context, text, length);
-    auto* parser = static_cast<xmlParserCtxt*>(context);
-    if (length <= XML_MAX_TEXT_LENGTH)
-        return;
-    KH_handle_xml_error(nullptr, "%s: text of more than %d bytes in a file that declares entities\n",
-                        parser->input->filename, XML_MAX_TEXT_LENGTH);
-    parser->wellFormed = 0;
-    xmlStopParser(parser);
-}
 
 /// A document that declares entities keeps libxml2's limits, which guard against entities that multiply.
 void declare_entity(void* context, const xmlChar* name, int type, const xmlChar* public_id,
@@ -205,7 +206,6 @@ void declare_entity(void* context, const xmlChar* name, int type, const xmlChar*
 {
     auto* parser = static_cast<xmlParserCtxt*>(context);
     parser->options &= ~XML_PARSE_HUGE;
-    parser->sax->characters = take_text;
     xmlDictSetLimit(parser->dict, XML_MAX_DICTIONARY_LIMIT);
     xmlSAX2EntityDecl(context, name, type, public_id, system_id, content);
 }
@@ -233,18 +233,13 @@ Parser new_parser() noexcept
     return parser;
 }
 
-/// Gives the parser its input: memory as a whole, which is fastest; what is compressed, or too large for
-/// that, piece by piece.
-bool attach(xmlParserCtxt* parser, Bytes& bytes, Stream& stream, const char* file_name) noexcept
+/// Gives the parser its input: a small file as a whole, which is fastest, any other piece by piece.
+bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcept
 {
-    xmlParserInputBuffer* buffer = nullptr;
-    if (bytes.is_gzip() || bytes.size > INT_MAX / 2) {
-        buffer = xmlParserInputBufferCreateIO(Stream::read, nullptr, &stream, XML_CHAR_ENCODING_NONE);
-    } else {
-        buffer = xmlParserInputBufferCreateMem(bytes.block.get(), static_cast<int>(bytes.size),
-                                               XML_CHAR_ENCODING_NONE);
-        bytes.block.reset(); // libxml2 made a copy
-    }
+    xmlParserInputBuffer* buffer =
+        source.is_in_memory()
+            ? xmlParserInputBufferCreateMem(source.data(), source.size(), XML_CHAR_ENCODING_NONE)
+            : xmlParserInputBufferCreateIO(Input::read, nullptr, &source, XML_CHAR_ENCODING_NONE);
     if (!buffer)
         return false;
     xmlParserInput* input = xmlNewIOInputStream(parser, buffer, XML_CHAR_ENCODING_NONE);
@@ -262,29 +257,22 @@ bool attach(xmlParserCtxt* parser, Bytes& bytes, Stream& stream, const char* fil
 XmlDocument parse_file(const char* file_name) noexcept
 {
     const ParserCall call;
-    const Descriptor file(file_name);
-    if (!file.is_open()) {
+    Input input(file_name);
+    if (!input.is_open()) {
         KH_handle_xml_error(nullptr, "I/O warning : failed to load external entity \"%s\"\n", file_name);
         return nullptr;
     }
-    Bytes bytes;
-    if (!bytes.read(file)) {
-        KH_handle_xml_error(nullptr, "I/O error : %s: %s\n", file_name, strerrorname_np(errno));
-        return nullptr;
-    }
-    const bool compressed = bytes.is_gzip();
-    Stream stream(bytes);
     const Parser parser = new_parser();
-    if (!parser || !attach(parser.get(), bytes, stream, file_name))
+    if (input.failed() || !parser || !attach(parser.get(), input, file_name))
         return nullptr;
     xmlParseDocument(parser.get());
-    if (!parser->wellFormed || stream.broken() || call.out_of_memory() || parser->errNo == XML_ERR_NO_MEMORY)
+    if (!parser->wellFormed || input.failed() || call.out_of_memory() || parser->errNo == XML_ERR_NO_MEMORY)
         return nullptr;
     XmlDocument document(parser->myDoc);
     parser->myDoc = nullptr;
     if (document) {
         document->parseFlags = 0; // the tree does not tell which limits were lifted
-        document->compression = compressed ? stream.compression() : 0;
+        document->compression = input.compression();
     }
     return document;
 }

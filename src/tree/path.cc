@@ -112,9 +112,28 @@ bool request_last_element(Document& document) noexcept
     return last < 0 || set_requested_tag(document, document.stack_name[last]);
 }
 
+/// True when the stack holds just this path. An array node's index changes as it is walked.
+bool is_on_stack(const Document& document, std::string_view path) noexcept
+{
+    return document.stack_count > 0 && document.array_position == -1 && document.chopped_path == path;
+}
+
+/// Remembers the path that the stack holds; without memory it will be taken apart again.
+void remember_path(Document& document, const char* path) noexcept
+{
+    document.walked_to = nullptr;
+    try {
+        document.chopped_path = path;
+    } catch (const std::bad_alloc&) {
+        document.chopped_path.clear();
+    }
+}
+
 long chop(Document& document, const char* path, Operation& op) noexcept
 {
     const std::string_view text = path;
+    if (is_on_stack(document, text))
+        return request_last_element(document) ? op.status() : op.fail(KH_ERR_MEMORY);
     const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
     const bool absolute = text.substr(0, 1) == "/";
     empty_stack(document);
@@ -125,6 +144,7 @@ long chop(Document& document, const char* path, Operation& op) noexcept
         return op.fail(KH_ERR_ARGUMENT, ". Bad path: %s", path);
     if (!reserve_names(document, text.size() + 1))
         return op.fail(KH_ERR_MEMORY);
+    remember_path(document, path);
     fill_stack(document, segments);
     document.absolute = absolute;
     if (!request_last_element(document)) {
@@ -159,6 +179,18 @@ xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end,
     return node;
 }
 
+/// True where all siblings of a node are few.
+bool has_near_ends(const xmlNode* node) noexcept
+{
+    constexpr int few = 32;
+    int count = 0;
+    for (const xmlNode* sibling = node->next; sibling && count < few; sibling = sibling->next)
+        ++count;
+    for (const xmlNode* sibling = node->prev; sibling && count < few; sibling = sibling->prev)
+        ++count;
+    return count < few || !node->parent;
+}
+
 /// Walks from the start of the path, the root or the cursor, up to `end`. A path that begins with another
 /// name than the root's is refused, and the root returned.
 xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) noexcept
@@ -189,18 +221,31 @@ bool has_array_node(const Document& document) noexcept
     return document.array_position != -1;
 }
 
-std::string path_of(const Document& document, xmlNode* element)
+/// The segment of an element in a path: its name, and its index where it has siblings of that name. Where
+/// they are many, the index of children saves counting them each time.
+static std::string segment_of(Document& document, xmlNode* element)
+{
+    const char* name = from_xml(element->name);
+    long total = 0;
+    long position = 0;
+    if (has_near_ends(element)) {
+        kh_tree_get_sibling_index(element, &total, &position);
+    } else {
+        ChildIndex::List& list = document.child_index.list(element->parent, name);
+        position = static_cast<long>(list.position_of(element)) + 1;
+        total = static_cast<long>(list.all().size());
+    }
+    return "/" + std::string(name) + (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
+}
+
+std::string path_of(Document& document, xmlNode* element)
 {
     // Written from the end, so that a step up appends to it.
     std::string reversed;
     for (xmlNode* node = element; node && node != document.root; node = node->parent) {
         if (!is_element(node))
             continue;
-        long total = 0;
-        long position = 0;
-        kh_tree_get_sibling_index(node, &total, &position);
-        const std::string segment = "/" + std::string(from_xml(node->name)) +
-                                    (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
+        const std::string segment = segment_of(document, node);
         reversed.append(segment.rbegin(), segment.rend());
     }
     return "/" + std::string(from_xml(document.root->name)).append(reversed.rbegin(), reversed.rend());
@@ -225,7 +270,14 @@ xmlNode* kh_tree_go_to_stack_node(long* fd, long* ierr)
 {
     Operation op("kh_tree_go_to_stack_node", ierr);
     Document* document = document_with_root(op, fd);
-    return document ? kh::walk_from_start(fd, *document, kh::walk_end(*document), op) : nullptr;
+    if (!document)
+        return nullptr;
+    if (document->walked_to)
+        return document->current = document->walked_to;
+    xmlNode* node = kh::walk_from_start(fd, *document, kh::walk_end(*document), op);
+    if (document->absolute && op.status() == KH_OK)
+        document->walked_to = node;
+    return node;
 }
 
 long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
@@ -266,6 +318,7 @@ xmlNode* kh_tree_go_to_stack_array_node(long* fd, long* k, long* ierr)
         return nullptr;
     }
     document->stack_index[position] = *k;
+    document->walked_to = nullptr;
     return kh::walk_from_start(fd, *document, position + 1, op);
 }
 
@@ -287,7 +340,7 @@ xmlNode* kh_tree_go_to_stack_from_array_node(long* fd, long* ierr)
 long kh_tree_get_path(long* fd, char* out, long* ierr)
 {
     Operation op("kh_tree_get_path", ierr);
-    const Document* document = document_with_root(op, fd);
+    Document* document = document_with_root(op, fd);
     if (!document)
         return op.status();
     if (!out)

@@ -18,7 +18,7 @@ const char* attribute_name(const Document& document) noexcept;
 bool has_array_node(const Document& document) noexcept;
 
 /// The absolute path of an element below the root. May throw std::bad_alloc.
-std::string path_of(const Document& document, xmlNode* element);
+std::string path_of(Document& document, xmlNode* element);
 
 } // namespace kh
 
