@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace kh {
 
@@ -34,6 +35,32 @@ inline Block<char> empty_text() noexcept
 {
     return Block<char>(static_cast<char*>(std::calloc(2, 1)));
 }
+
+/// Two blocks used in turn, so that what the one holds stays valid while the other is written: callers may
+/// pass a text of the library's own to the call that replaces it.
+class ReusedBlock {
+public:
+    /// Room for what replaces the current content; null when memory runs out, and all stays as it is.
+    char* reserve(std::size_t size) noexcept
+    {
+        if (size > spare_size_) {
+            Block<char> larger(static_cast<char*>(std::malloc(size)));
+            if (!larger)
+                return nullptr;
+            spare_ = std::move(larger);
+            spare_size_ = size;
+        }
+        std::swap(current_, spare_);
+        std::swap(current_size_, spare_size_);
+        return current_.get();
+    }
+
+private:
+    Block<char> current_;
+    Block<char> spare_;
+    std::size_t current_size_ = 0;
+    std::size_t spare_size_ = 0;
+};
 
 } // namespace kh
 

@@ -25,7 +25,7 @@ long Operation::fail(long code, const char* detail, ...) noexcept
     va_start(arguments, detail);
     const Detail printed(detail, arguments);
     va_end(arguments);
-    return *status_ = kh_handle_error(&report_, code, 1, "\n\tFunction: %s%s", name_, printed.text);
+    return store(kh_handle_error(&report_, code, 1, "\n\tFunction: %s%s", name_, printed.text));
 }
 
 long Operation::pass_on(long code, const char* detail, ...) noexcept
@@ -34,7 +34,7 @@ long Operation::pass_on(long code, const char* detail, ...) noexcept
     va_start(arguments, detail);
     const Detail printed(detail, arguments);
     va_end(arguments);
-    return *status_ = kh_handle_error(&report_, code, 0, "\n\tFunction: %s%s", name_, printed.text);
+    return store(kh_handle_error(&report_, code, 0, "\n\tFunction: %s%s", name_, printed.text));
 }
 
 } // namespace kh

@@ -33,6 +33,8 @@ public:
     const char* name() const noexcept { return name_; }
     long status() const noexcept { return *status_; }
     bool failed() const noexcept { return *status_ < 0; }
+    /// True when this call has reported something, even where a later success cleared the status.
+    bool has_reported() const noexcept { return has_reported_; }
     /// The status word, for callees.
     long* error_vector() noexcept { return status_; }
 
@@ -40,7 +42,7 @@ public:
     /// the code
     long fail(long code) noexcept
     {
-        return *status_ = kh_handle_error(&report_, code, 1, "\n\tFunction: %s", name_);
+        return store(kh_handle_error(&report_, code, 1, "\n\tFunction: %s", name_));
     }
     [[gnu::format(printf, 3, 4)]] long fail(long code, const char* detail, ...) noexcept;
     long null_argument() noexcept { return fail(KH_ERR_ARGUMENT, ". Input argument is NULL"); }
@@ -51,7 +53,7 @@ public:
     /// The same with another code than the callee's.
     long pass_on(long code) noexcept
     {
-        return *status_ = kh_handle_error(&report_, code, 0, "\n\tFunction: %s", name_);
+        return store(kh_handle_error(&report_, code, 0, "\n\tFunction: %s", name_));
     }
     [[gnu::format(printf, 3, 4)]] long pass_on(long code, const char* detail, ...) noexcept;
 
@@ -67,8 +69,15 @@ public:
     }
 
 private:
+    long store(long reported) noexcept
+    {
+        has_reported_ = true;
+        return *status_ = reported;
+    }
+
     const char* name_;
     long own_status_ = KH_OK;
+    bool has_reported_ = false;
     long* status_;
     kh_error_record report_; // its text is not cleared: 512 bytes a call would cost more than most reads
 };

@@ -77,12 +77,13 @@ void kh_strtoken(const char* src, const char* delims, char* buf, char** tokens, 
         return;
     bool inside = false;
     for (;; ++src, ++buf) {
-        const bool delimiter = *src == '\0' || std::strchr(delims, *src);
-        *buf = delimiter ? '\0' : *src;
+        const char next = *src; // callers may split a text where it stands
+        const bool delimiter = next == '\0' || std::strchr(delims, next);
+        *buf = delimiter ? '\0' : next;
         if (!delimiter && !inside)
             tokens[(*count)++] = buf;
         inside = !delimiter;
-        if (*src == '\0')
+        if (next == '\0')
             return;
     }
 }

@@ -98,7 +98,7 @@ long find_string_value_element(long* fd, const char* element_name, const char* v
         char* text = nullptr;
         kh_tree_read_string_element_value(fd, element_name, &text, &status);
         const Block<char> owner(text);
-        if (status != KH_OK)
+        if (status != KH_OK || !text)
             return any_value ? op.fail(KH_ERR_VALUE_NOT_FOUND) : op.pass_on(status);
         if (std::strcmp(text, value) == 0)
             break;

@@ -26,7 +26,7 @@ public:
         if (kh_strncpy(&copy, text, op.error_vector()) == KH_OK)
             return array.add(copy, op);
         op.pass_on();
-        array.discard();
+        array.shrink(op);
         return false;
     }
 
@@ -199,11 +199,11 @@ long read_numbers(const char* name, Number** output, long* ierr, ReadTexts read_
         numbers.deliver(*output, op);
         return op.status();
     }
-    numbers.array.discard();
-    if (output && op.status() == KH_ERR_MEMORY) {
+    if (numbers.array.lost()) {
         std::free(*output);
         *output = nullptr;
     }
+    numbers.array.discard();
     return op.pass_on();
 }
 

@@ -16,14 +16,14 @@ long read_current_element(const Document& document, TextTarget& target, long* ie
     if (!node)
         return op.fail(KH_ERR_NO_CURRENT);
     if (!is_element(node))
-        return op.fail(KH_ERR_NOT_ELEMENT, ". Element: %s.", from_xml(node->name));
+        return op.fail(KH_ERR_NOT_ELEMENT, ". Element: %s.", name_of(node));
     const xmlNode* child = node->children;
     if (!child) {
-        op.fail(KH_ERR_NO_VALUE, ". Element: %s.", from_xml(node->name));
+        op.fail(KH_ERR_NO_VALUE, ". Element: %s.", name_of(node));
         return target.take_nothing() ? op.status() : op.fail(KH_ERR_MEMORY);
     }
     if (child->next)
-        return op.fail(KH_ERR_NOT_TERMINAL, ". Element: %s.", from_xml(node->name));
+        return op.fail(KH_ERR_NOT_TERMINAL, ". Element: %s.", name_of(node));
     target.take(content_of(child), op.error_vector());
     return op.status() == KH_OK ? op.status() : op.pass_on();
 }
@@ -81,7 +81,7 @@ long kh_tree_get_current_element_name(long* fd, char** name, long* ierr)
         return op.fail(KH_ERR_NO_CURRENT);
     if (!kh::is_element(document->current))
         return op.fail(KH_ERR_NOT_ELEMENT);
-    kh::Block<char> copy = kh::copy_of(kh::from_xml(document->current->name));
+    kh::Block<char> copy = kh::copy_of(kh::name_of(document->current));
     if (!copy)
         return op.fail(KH_ERR_MEMORY);
     std::free(*name);

@@ -20,6 +20,8 @@ public:
     GrowingArray& operator=(const GrowingArray&) = delete;
 
     long count() const noexcept { return count_; }
+    /// True when memory ran out while it grew or shrank.
+    bool lost() const noexcept { return lost_; }
 
     bool start(Operation& op) noexcept { return resize(first_capacity, op); }
 
@@ -56,6 +58,7 @@ private:
             return true;
         }
         discard();
+        lost_ = true;
         op.fail(KH_ERR_MEMORY);
         return false;
     }
@@ -63,6 +66,7 @@ private:
     Entry*& block_;
     long capacity_ = 0;
     long count_ = 0;
+    bool lost_ = false;
 };
 
 } // namespace kh

@@ -6,15 +6,32 @@
 #include <kalv/cursor.h>
 #include <kalv/path.h>
 #include <kalv/read.h>
+#include <set>
+#include <string_view>
+#include <vector>
 
 namespace kh {
 
 namespace {
 
-struct FreeList {
-    void operator()(xmlNs** list) const noexcept { xmlFree(list); }
-};
-using NamespaceList = std::unique_ptr<xmlNs*, FreeList>; // the namespaces themselves belong to the document
+using Namespaces = std::vector<const xmlNs*>;
+
+/// The namespaces in scope at a node as xmlGetNsList lists them, its own first and each prefix once, but in a
+/// time that grows with their number alone. May throw std::bad_alloc.
+Namespaces namespaces_in_scope(const xmlNode* node)
+{
+    Namespaces found;
+    std::set<std::string_view> prefixes;
+    for (; node; node = node->parent) {
+        if (!is_element(node))
+            continue;
+        for (const xmlNs* item = node->nsDef; item; item = item->next) {
+            if (prefixes.insert(item->prefix ? from_xml(item->prefix) : "").second)
+                found.push_back(item);
+        }
+    }
+    return found;
+}
 
 /// Adds a copy of a text that may be missing, in a block of two bytes at least.
 bool add_text(GrowingArray<char*>& array, const xmlChar* text, Operation& op) noexcept
@@ -33,20 +50,18 @@ bool add_text(GrowingArray<char*>& array, const xmlChar* text, Operation& op) no
 bool list_namespaces(const Document& document, GrowingArray<char*>& prefixes, GrowingArray<char*>& uris,
                      Operation& op) noexcept
 {
-    const ParserCall call;
-    const NamespaceList list(xmlGetNsList(document.doc, document.current));
-    if (call.out_of_memory()) {
-        op.fail(KH_ERR_MEMORY);
+    Namespaces list;
+    op.guarded([&] { list = namespaces_in_scope(document.current); });
+    if (op.failed())
         return false;
-    }
-    if (!list) {
+    if (list.empty()) {
         op.fail(KH_ERR_VALUE_NOT_FOUND);
         return true;
     }
     if (!prefixes.start(op) || !uris.start(op))
         return false;
-    for (xmlNs* const* item = list.get(); *item; ++item) {
-        if (!add_text(prefixes, (*item)->prefix, op) || !add_text(uris, (*item)->href, op))
+    for (const xmlNs* item : list) {
+        if (!add_text(prefixes, item->prefix, op) || !add_text(uris, item->href, op))
             return false;
     }
     return prefixes.shrink(op) && uris.shrink(op);

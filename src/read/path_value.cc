@@ -66,7 +66,7 @@ const char* text_at_path_end(const Document& document, const xmlNode* node, cons
     const xmlNode* child = first_child(node);
     if (child && !child->next)
         return content_of(child);
-    op.fail(child ? KH_ERR_NOT_TERMINAL : KH_ERR_NO_VALUE, ". Element: %s.", from_xml(node->name));
+    op.fail(child ? KH_ERR_NOT_TERMINAL : KH_ERR_NO_VALUE, ". Element: %s.", name_of(node));
     return nullptr;
 }
 

@@ -60,7 +60,8 @@ std::size_t ChildIndex::List::position_of(const xmlNode* child)
     }
     for (std::size_t i = positions_.size(); i < nodes_.size(); ++i)
         positions_.emplace(nodes_[i], i);
-    return last_position_ = positions_.at(child);
+    const auto found = positions_.find(child);
+    return found == positions_.end() ? nodes_.size() : last_position_ = found->second;
 }
 
 ChildIndex::List& ChildIndex::list(const xmlNode* parent, const char* name)

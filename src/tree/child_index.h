@@ -24,7 +24,7 @@ public:
         xmlNode* at(std::size_t index);
         /// All of them. May throw std::bad_alloc.
         const std::vector<xmlNode*>& all();
-        /// The 0-based index of one of them. May throw std::bad_alloc.
+        /// The 0-based index of one of them; their number for any other node. May throw std::bad_alloc.
         std::size_t position_of(const xmlNode* child);
 
     private:

@@ -64,7 +64,7 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
         return nullptr;
     // Farther away, the index saves the walk, and leaves the cursor where the walk would have left it.
     constexpr long walking_distance = 8;
-    if (index >= walking_distance) {
+    if (index >= walking_distance && node->doc == document.doc) {
         try {
             return go_to_indexed_child(document, node, name, static_cast<std::size_t>(index));
         } catch (const std::bad_alloc&) {
@@ -78,6 +78,11 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
             return nullptr;
     }
     return child;
+}
+
+bool ends_with_attribute(const Document& document) noexcept
+{
+    return document.stack_count > 0 && *document.stack_name[document.stack_count - 1] == '@';
 }
 
 xmlAttr* attribute_named(const xmlNode* node, const char* name) noexcept
@@ -98,25 +103,19 @@ long distance_from_root(const Document& document, const xmlNode* node) noexcept
 
 bool set_requested_tag(Document& document, std::string_view name) noexcept
 {
-    if (!document.requested_tag || document.requested_tag_size <= name.size()) {
-        char* larger = static_cast<char*>(std::realloc(document.requested_tag, name.size() + 1));
-        if (!larger)
-            return false;
-        document.requested_tag = larger;
-        document.requested_tag_size = name.size() + 1;
-    }
-    // The name may be the tag itself, or lie in it.
-    std::memmove(document.requested_tag, name.data(), name.size());
-    document.requested_tag[name.size()] = '\0';
+    char* tag = document.tag.reserve(name.size() + 1);
+    if (!tag)
+        return false;
+    std::memcpy(tag, name.data(), name.size());
+    tag[name.size()] = '\0';
+    document.requested_tag = tag;
     document.visited = 0;
     return true;
 }
 
 void clear_requested_tag(Document& document) noexcept
 {
-    std::free(document.requested_tag);
     document.requested_tag = nullptr;
-    document.requested_tag_size = 0;
     document.visited = 0;
 }
 
@@ -184,7 +183,7 @@ void kh_tree_set_requested_tag(long* fd, const char* name)
 long kh_tree_is_attribute(long* fd)
 {
     const Document* document = kh::find_document(fd);
-    return document && document->stack_count > 0 && *document->stack_name[document->stack_count - 1] == '@';
+    return document && kh::ends_with_attribute(*document);
 }
 
 xmlNode* kh_tree_go_to_next_sibling(long* fd, xmlNode* node, const char* name)

@@ -25,8 +25,7 @@ struct Document : kh_document_slot {
     std::atomic<bool> opening{false};
 
     /// The names on the path stack, one behind the other; `stack_name` points into them.
-    Block<char> path_names;
-    std::size_t path_names_size = 0;
+    ReusedBlock path_names;
 
     /// The path that the stack holds, as it was written.
     std::string chopped_path;
@@ -40,8 +39,8 @@ struct Document : kh_document_slot {
     /// True when all closing tags have their indentation, and nothing has been edited since.
     bool is_formatted = false;
 
-    /// Room of the block that `requested_tag` owns.
-    std::size_t requested_tag_size = 0;
+    /// The requested tag; `requested_tag` points into it.
+    ReusedBlock tag;
 
     /// Namespace declarations that were taken off their element while others still refer to them.
     XmlNamespaces detached;

@@ -70,32 +70,18 @@ private:
 
 void empty_stack(Document& document) noexcept
 {
+    document.walked_to = nullptr;
     document.stack_count = 0;
     document.absolute = 0;
     document.array_position = -1;
 }
 
-/// Room for the names of a path. Names of a path that lies in that room itself are not longer than it.
-bool reserve_names(Document& document, std::size_t size) noexcept
+/// Copies the segments onto the stack, into room for them.
+void fill_stack(Document& document, const Segments& segments, char* room) noexcept
 {
-    if (size <= document.path_names_size)
-        return true;
-    Block<char> larger(static_cast<char*>(std::malloc(size)));
-    if (!larger)
-        return false;
-    document.path_names = std::move(larger);
-    document.path_names_size = size;
-    return true;
-}
-
-/// Copies the segments onto the stack. Names are moved in order and towards the front, since the path may be
-/// a name of the stack itself.
-void fill_stack(Document& document, const Segments& segments) noexcept
-{
-    char* room = document.path_names.get();
     for (long i = 0; i < segments.count; ++i) {
         const auto& [name, index] = segments.items[i];
-        std::memmove(room, name.data(), name.size());
+        std::memcpy(room, name.data(), name.size());
         room[name.size()] = '\0';
         document.stack_name[i] = room;
         document.stack_index[i] = index;
@@ -106,22 +92,25 @@ void fill_stack(Document& document, const Segments& segments) noexcept
 }
 
 /// The last name that is no attribute becomes the requested tag.
-bool request_last_element(Document& document) noexcept
+long request(Document& document, Operation& op) noexcept
 {
     const long last = document.stack_count - 1 - ends_with_attribute(document);
-    return last < 0 || set_requested_tag(document, document.stack_name[last]);
+    if (last < 0 || set_requested_tag(document, document.stack_name[last]))
+        return op.status();
+    empty_stack(document);
+    return op.fail(KH_ERR_MEMORY);
 }
 
 /// True when the stack holds just this path. An array node's index changes as it is walked.
 bool is_on_stack(const Document& document, std::string_view path) noexcept
 {
-    return document.stack_count > 0 && document.array_position == -1 && document.chopped_path == path;
+    return document.stack_count > 0 && document.array_position == -1 && !path.empty() &&
+           document.chopped_path == path;
 }
 
 /// Remembers the path that the stack holds; without memory it will be taken apart again.
 void remember_path(Document& document, const char* path) noexcept
 {
-    document.walked_to = nullptr;
     try {
         document.chopped_path = path;
     } catch (const std::bad_alloc&) {
@@ -133,7 +122,7 @@ long chop(Document& document, const char* path, Operation& op) noexcept
 {
     const std::string_view text = path;
     if (is_on_stack(document, text))
-        return request_last_element(document) ? op.status() : op.fail(KH_ERR_MEMORY);
+        return request(document, op);
     const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
     const bool absolute = text.substr(0, 1) == "/";
     empty_stack(document);
@@ -142,16 +131,13 @@ long chop(Document& document, const char* path, Operation& op) noexcept
         return op.fail(KH_ERR_PATH_LENGTH, ". Bad path: %s", path);
     if (bad_start || segments.count == 0 || !segments.one_array_at_most)
         return op.fail(KH_ERR_ARGUMENT, ". Bad path: %s", path);
-    if (!reserve_names(document, text.size() + 1))
+    char* room = document.path_names.reserve(text.size() + 1);
+    if (!room)
         return op.fail(KH_ERR_MEMORY);
+    fill_stack(document, segments, room);
     remember_path(document, path);
-    fill_stack(document, segments);
     document.absolute = absolute;
-    if (!request_last_element(document)) {
-        empty_stack(document);
-        return op.fail(KH_ERR_MEMORY);
-    }
-    return op.status();
+    return request(document, op);
 }
 
 /// The end of a walk over the whole stack: a last attribute is not walked.
@@ -191,25 +177,24 @@ bool has_near_ends(const xmlNode* node) noexcept
     return count < few || !node->parent;
 }
 
-/// Walks from the start of the path, the root or the cursor, up to `end`. A path that begins with another
-/// name than the root's is refused, and the root returned.
+/// False, with a report, for an absolute path that begins with another name than the root's. Walks of such a
+/// path return the root.
+bool begins_at_root(const Document& document, Operation& op) noexcept
+{
+    if (!document.absolute || document.stack_count == 0 || is_named(document.root, document.stack_name[0]))
+        return true;
+    op.fail(KH_ERR_ARGUMENT, ". Bad root element: %s", document.stack_name[0]);
+    return false;
+}
+
+/// Walks from the start of the path, the root or the cursor, up to `end`.
 xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) noexcept
 {
-    if (!document.absolute)
-        return walk(fd, document, document.current, 0, end, op);
-    if (document.stack_count > 0 && !is_named(document.root, document.stack_name[0])) {
-        op.fail(KH_ERR_ARGUMENT, ". Bad root element: %s", document.stack_name[0]);
-        return document.root;
-    }
-    return walk(fd, document, document.root, 1, end, op);
+    return document.absolute ? walk(fd, document, document.root, 1, end, op)
+                             : walk(fd, document, document.current, 0, end, op);
 }
 
 } // namespace
-
-bool ends_with_attribute(const Document& document) noexcept
-{
-    return document.stack_count > 0 && *document.stack_name[document.stack_count - 1] == '@';
-}
 
 const char* attribute_name(const Document& document) noexcept
 {
@@ -228,13 +213,13 @@ static std::string segment_of(Document& document, xmlNode* element)
     const char* name = from_xml(element->name);
     long total = 0;
     long position = 0;
-    if (has_near_ends(element)) {
-        kh_tree_get_sibling_index(element, &total, &position);
-    } else {
+    if (!has_near_ends(element)) {
         ChildIndex::List& list = document.child_index.list(element->parent, name);
         position = static_cast<long>(list.position_of(element)) + 1;
         total = static_cast<long>(list.all().size());
     }
+    if (position > total || total == 0) // few siblings
+        kh_tree_get_sibling_index(element, &total, &position);
     return "/" + std::string(name) + (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
 }
 
@@ -274,8 +259,11 @@ xmlNode* kh_tree_go_to_stack_node(long* fd, long* ierr)
         return nullptr;
     if (document->walked_to)
         return document->current = document->walked_to;
+    if (!kh::begins_at_root(*document, op))
+        return document->root;
     xmlNode* node = kh::walk_from_start(fd, *document, kh::walk_end(*document), op);
-    if (document->absolute && op.status() == KH_OK)
+    // A walk that reported something reports it again the next time.
+    if (document->absolute && !op.has_reported())
         document->walked_to = node;
     return node;
 }
@@ -317,6 +305,8 @@ xmlNode* kh_tree_go_to_stack_array_node(long* fd, long* k, long* ierr)
         op.fail(KH_ERR_NOT_ARRAY, ". Position of the array elements in the stack: %ld", 0L);
         return nullptr;
     }
+    if (!kh::begins_at_root(*document, op))
+        return document->root;
     document->stack_index[position] = *k;
     document->walked_to = nullptr;
     return kh::walk_from_start(fd, *document, position + 1, op);

@@ -2,16 +2,13 @@
 #ifndef KALV_TREE_PATH_H
 #define KALV_TREE_PATH_H
 
-#include "tree/document.h"
+#include "tree/cursor.h"
 
 #include <string>
 
 namespace kh {
 
-/// True when the last path names an attribute, which walks leave to their callers.
-bool ends_with_attribute(const Document& document) noexcept;
-
-/// The name of that attribute, without its "@".
+/// The name of the attribute that the last path ends with, without its "@".
 const char* attribute_name(const Document& document) noexcept;
 
 /// True when the last path has a node written "[*]".

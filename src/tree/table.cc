@@ -84,6 +84,7 @@ void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
         return;
     }
     if (!in_table(fd)) {
+        lock.unlock();
         op.fail(KH_ERR_DESCRIPTOR);
         return;
     }
@@ -142,12 +143,14 @@ Document::~Document()
 {
     xmlFreeDoc(doc);
     std::free(file_name);
-    std::free(requested_tag);
 }
 
 Document* find_document(const long* fd) noexcept
 {
-    return fd && in_table(*fd) ? in_slot(*fd) : nullptr;
+    if (!fd || !in_table(*fd))
+        return nullptr;
+    Document* document = in_slot(*fd);
+    return document && !document->opening && document->doc ? document : nullptr;
 }
 
 Document* open_document(Operation& op, const long* fd) noexcept

@@ -80,6 +80,12 @@ inline bool is_element_named(const xmlNode* node, const char* name) noexcept
     return is_element(node) && is_named(node, name);
 }
 
+/// The name of a node; the empty text for the kinds that have none.
+inline const char* name_of(const xmlNode* node) noexcept
+{
+    return node->name ? from_xml(node->name) : "";
+}
+
 /// The content of a node as it stands; the empty text where it has none.
 inline const char* content_of(const xmlNode* node) noexcept
 {

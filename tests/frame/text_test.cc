@@ -238,6 +238,17 @@ TEST(Strtoken, GivesTheTokensBetweenDelimiters)
     }
 }
 
+TEST(Strtoken, SplitsATextWhereItStands)
+{
+    char text[] = "/a//b/";
+    char* tokens[4];
+    long count = -1;
+    kh_strtoken(text, "/", text, tokens, &count);
+    ASSERT_EQ(count, 2);
+    EXPECT_STREQ(tokens[0], "a");
+    EXPECT_STREQ(tokens[1], "b");
+}
+
 TEST(Strtoken, DoesNotBoundTheNumberOfTokens)
 {
     std::string text;

@@ -404,6 +404,16 @@ TEST_F(Move, TakesItsOwnRequestedTagForAPath)
     EXPECT_EQ(document.current(), node("/R/C"));
 }
 
+TEST_F(Move, ReportsAPathThatLiesInTheSlotAsItWasGiven)
+{
+    chop(document, "first/missing");
+    EXPECT_EQ(go_to(document, document.slot()->stack_name[1]),
+              failure(KH_ERR_NOT_FOUND, "kh_tree_go_to_path_node", ". Path: missing"));
+    kh_tree_set_requested_tag(&document.fd, "A/missing");
+    EXPECT_EQ(go_to(document, document.slot()->requested_tag),
+              failure(KH_ERR_NOT_FOUND, "kh_tree_go_to_path_node", ". Path: A/missing"));
+}
+
 TEST_F(Move, LeavesStackAndTagForLaterReads)
 {
     move("/R/A[2]/B[3]");
@@ -523,6 +533,8 @@ TEST_F(ArrayWalk, RefusesAnotherRoot)
     EXPECT_EQ(to_array(0, document.root()),
               failure(KH_ERR_ARGUMENT, "kh_tree_go_to_stack_array_node", ". Bad root element: Z"));
     EXPECT_EQ(document.current(), node("/R/A[2]"));
+    EXPECT_EQ(to_array(5, document.root()).status, KH_ERR_ARGUMENT);
+    EXPECT_EQ(document.stack(), "Z[0] A[0]") << "the index is written behind the check";
 }
 
 TEST_F(ArrayWalk, NeedsAnArrayNode)

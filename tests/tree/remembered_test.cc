@@ -1,0 +1,157 @@
+// What a document remembers between calls, where far children are and where the last path led, never shows:
+// every call gives what a walk from the first sibling gives.
+#include "support/nodes.h"
+#include "support/outcome.h"
+
+#include <random>
+#include <vector>
+
+namespace {
+
+using support::Document;
+using support::nodes_of;
+using support::outcome_of;
+using support::success;
+
+/// The children of a name, by a walk of the test's own.
+std::vector<xmlNode*> children(const xmlNode* parent, const std::string& name)
+{
+    std::vector<xmlNode*> found;
+    for (xmlNode* child = parent->children; child; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE && name == reinterpret_cast<const char*>(child->name))
+            found.push_back(child);
+    }
+    return found;
+}
+
+/// Where the cursor stands after a walk from the root to a child that is not there: on the last one of that
+/// name that is tried behind the first child, or where it was.
+const xmlNode* last_tried(const Document& document, const std::vector<xmlNode*>& found, const xmlNode* before)
+{
+    if (found.empty() || (found.size() == 1 && found[0] == document.root()->children))
+        return before;
+    return found.back();
+}
+
+class EditedDocument : public testing::TestWithParam<unsigned> {
+protected:
+    std::string random_name() { return random() % 4 == 0 ? "b" : "a"; }
+    std::string random_path(const std::string& name)
+    {
+        return "/R/" + name + "[" + std::to_string(random() % 60 + 1) + "]";
+    }
+
+    void edit()
+    {
+        const std::string path = random_path(random_name());
+        const std::string name = random_name();
+        switch (random() % 6) {
+        case 0:
+            kh_tree_add_child(&document.fd, "/R", name.c_str(), nullptr);
+            break;
+        case 1:
+            kh_tree_add_next_sibling(&document.fd, path.c_str(), name.c_str(), nullptr);
+            break;
+        case 2:
+            kh_tree_add_previous_sibling(&document.fd, path.c_str(), name.c_str(), nullptr);
+            break;
+        case 3:
+            kh_tree_remove_node(&document.fd, path.c_str(), nullptr);
+            break;
+        case 4:
+            kh_tree_set_string_node_value(&document.fd, path.c_str(), "text", "%s", nullptr);
+            break;
+        default: // grandchildren, and all of them gone at once
+            kh_tree_add_child(&document.fd, path.c_str(), name.c_str(), nullptr);
+            kh_tree_go_to_path_node(&document.fd, (path + "/" + name).c_str(), nullptr);
+            if (random() % 2 == 0)
+                kh_tree_set_string_node_value(&document.fd, path.c_str(), "text", "%s", nullptr);
+        }
+    }
+
+    void expect_the_same_as_a_walk()
+    {
+        const std::string name = random_name();
+        const std::string path = random_path(name);
+        const std::size_t index = std::stoul(path.substr(path.find('[') + 1)) - 1;
+        const std::vector<xmlNode*> found = children(document.root(), name);
+        for (int time = 0; time < 2; ++time) {
+            const xmlNode* before = document.current();
+            const long status = kh_tree_go_to_path_node(&document.fd, path.c_str(), nullptr);
+            if (index < found.size()) {
+                ASSERT_EQ(status, 0) << path;
+                ASSERT_EQ(document.current(), found[index]) << path;
+                ASSERT_EQ(document.path(), found.size() > 1 ? path : "/R/" + name);
+            } else {
+                ASSERT_EQ(status, KH_ERR_NOT_FOUND) << path;
+                ASSERT_EQ(document.current(), last_tried(document, found, before)) << path;
+            }
+        }
+    }
+
+    std::mt19937 random{GetParam()};
+    Document document{"<R>" + [] {
+        std::string children;
+        for (int i = 0; i < 40; ++i)
+            children += i % 5 == 0 ? "<b/>" : "<a>1</a>";
+        return children;
+    }() + "</R>"};
+};
+
+TEST_P(EditedDocument, IsWalkedAsIfNothingWereRemembered)
+{
+    for (int step = 0; step < 2000 && !HasFatalFailure(); ++step) {
+        if (random() % 2 == 0)
+            edit();
+        expect_the_same_as_a_walk();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Random, EditedDocument, testing::Range(1u, 9u));
+
+TEST(RepeatedPath, WarnsEachTimeThatItGoesAboveTheRoot)
+{
+    Document document("<R><A/></R>");
+    const auto go = [&](long* ierr) { kh_tree_go_to_path_node(&document.fd, "/R/../A", ierr); };
+    const support::Outcome first = outcome_of(go);
+    EXPECT_NE(first.report.find("Root already reached"), std::string::npos);
+    EXPECT_EQ(outcome_of(go), first);
+}
+
+TEST(RepeatedPath, FollowsANewRoot)
+{
+    Document document("<R><A/></R>");
+    document.go_to("/R/A");
+    kh_tree_remove_node(&document.fd, "/R", nullptr);
+    kh_tree_create_root(&document.fd, "R", nullptr);
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/A", nullptr), KH_ERR_NOT_FOUND);
+    kh_tree_add_child(&document.fd, "/R", "A", nullptr);
+    document.go_to("/R");
+    document.go_to("/R/A");
+    EXPECT_EQ(document.current_name(), "A");
+}
+
+TEST(RepeatedPath, SetsRequestAndCountAnew)
+{
+    Document document("<R><A><B/><B/></A></R>");
+    document.go_to("/R/A");
+    kh_tree_go_to_element_node(&document.fd, "B", nullptr);
+    document.go_to("/R/A");
+    EXPECT_STREQ(document.slot()->requested_tag, "A");
+    EXPECT_EQ(document.slot()->visited, 0);
+}
+
+TEST(FarChild, IsFoundInAnotherDocumentThanTheDescriptors)
+{
+    std::string many = "<R>";
+    for (int i = 0; i < 20; ++i)
+        many += "<a/>";
+    Document one(many + "</R>");
+    Document other(many + "</R>");
+    const std::vector<xmlNode*> expected = children(other.root(), "a");
+    EXPECT_EQ(kh_tree_go_to_child(&one.fd, other.root(), "a", 15), expected[15]);
+    kh_tree_remove_node(&other.fd, "/R/a[3]", nullptr);
+    EXPECT_EQ(kh_tree_go_to_child(&one.fd, other.root(), "a", 15), expected[16]);
+}
+
+} // namespace
