@@ -106,6 +106,16 @@ KH_EXPORT long kh_tree_set_node_value(long* fd, const char* path, const char* fo
  * indentation leaves its code in `*ierr`, and the document is saved all the same. */
 KH_EXPORT long kh_tree_write(long* fd, const char* file_name, long* ierr);
 
+/** Completes the indentation and hands out the bytes that kh_tree_write() writes, never compressed.
+ *  \param[in] fd    the document
+ *  \param[out] data a fresh block with a zero byte behind the document, to be freed with `free`; null when it
+ *                   could not be made. What it held before is not freed
+ *  \param[out] size how many bytes, without the zero byte; -1 with null data
+ *  \param[out] ierr the status
+ *  \return the number of bytes; else the descriptor checks, #KH_ERR_ARGUMENT or #KH_ERR_SAVE. A failed
+ *          indentation leaves its code in `*ierr`, and the document is handed out all the same */
+KH_EXPORT long kh_tree_write_memory(long* fd, char** data, long* size, long* ierr);
+
 /** Puts the closing tags of the elements below a node, and of those beside and after it, on lines of their
  * own. \return the status: 0; the descriptor checks; #KH_ERR_ARGUMENT; #KH_ERR_CREATE_NODE;
  * #KH_ERR_ADD_SIBLING */

@@ -128,6 +128,16 @@ KH_EXPORT char* kh_basic_error_msg(long code, char* dst);
  *  \param[in] msg printf format, then its arguments; the text is cut to 1023 characters */
 KH_EXPORT void KH_handle_xml_error(void* ctx, const char* msg, ...) KH_PRINTF(2, 3);
 
+/** The last report of the calling thread, in silent mode too: the text of the failure or warning, and behind
+ *  it the trace lines of the functions that passed it on, as verbose mode prints them, without the newlines
+ *  between them. A file that could not be parsed adds a line "\n\tFILE:LINE:COLUMN: MESSAGE". A call that
+ *  succeeds leaves the report of an earlier one.
+ *  \param[out] text the report, cut to the buffer, with its terminating zero; null: only its length is asked
+ *  \param[in]  size bytes of the buffer; below 1: nothing is written. 8193 bytes hold every report
+ *  \return the length of the whole report without its terminating zero; 0 when there is none, also where no
+ *          memory could be had for it */
+KH_EXPORT long KH_last_report(char* text, long size);
+
 /** From now on reports are printed on standard error, in all threads. */
 KH_EXPORT void kh_verbose(void);
 

@@ -122,6 +122,44 @@ private:
     }
 };
 
+/// A block that grows, with room for a zero byte behind the bytes.
+class MemoryOutput final : public Output {
+public:
+    bool finish() noexcept override { return !failed() && reserve(0); }
+    Block<char> take() noexcept
+    {
+        block_.get()[size_] = '\0';
+        return std::move(block_);
+    }
+
+private:
+    bool reserve(std::size_t size) noexcept
+    {
+        if (block_ && capacity_ - size_ > size)
+            return true;
+        const std::size_t capacity = std::max(2 * capacity_, size_ + size + 1);
+        auto* larger = static_cast<char*>(std::realloc(block_.get(), capacity));
+        if (!larger)
+            return false;
+        static_cast<void>(block_.release());
+        block_.reset(larger);
+        capacity_ = capacity;
+        return true;
+    }
+    bool put(const char* data, std::size_t size) noexcept override
+    {
+        if (!reserve(size))
+            return false;
+        std::memcpy(block_.get() + size_, data, size);
+        size_ += size;
+        return true;
+    }
+
+    Block<char> block_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
 /// The bytes of a document in its encoding. \return how many; -1 on failure
 long serialise(xmlDoc* document, Output& output) noexcept
 {
@@ -322,6 +360,13 @@ long save_to_standard_output(xmlDoc* document) noexcept
 }
 
 } // namespace
+
+Block<char> save_to_memory(xmlDoc* document, long& size) noexcept
+{
+    MemoryOutput output;
+    size = encoding_holds_names(document) ? serialise(document, output) : -1;
+    return size >= 0 ? output.take() : nullptr;
+}
 
 long save(xmlDoc* document, const char* file_name)
 {

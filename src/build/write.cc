@@ -26,9 +26,11 @@ bool indent_closing_tag(xmlNode* last_child, long depth, Operation& op) noexcept
 /// nothing, so that a second pass adds nothing.
 void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
 {
+    const xmlNode* const top = node->parent;
     long depth = distance_from_root(document, node);
-    const long top = depth;
     for (;;) {
+        if (node == document.root) // reached from a comment before it
+            depth = 0;
         while (xmlNode* child = first_child(node)) {
             node = child;
             ++depth;
@@ -40,13 +42,37 @@ void format_siblings(const Document& document, xmlNode* node, Operation& op) noe
             }
             if (node->next)
                 break;
-            if (depth == top)
+            if (node->parent == top)
                 return;
             node = node->parent;
             --depth;
         }
         node = node->next;
     }
+}
+
+/// Completes the indentation and saves. \return how many bytes were written, or a code
+template <class Save>
+long write(const char* function, long* fd, long* ierr, bool has_target, Save save_document) noexcept
+{
+    Operation op(function, ierr);
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!has_target)
+        return op.null_argument();
+    if (!document->is_formatted)
+        kh_tree_traverse_and_format(fd, document->root, op.error_vector());
+    document->is_formatted = !op.failed();
+    if (op.failed())
+        op.pass_on(); // and the document is saved all the same
+    long bytes = -1;
+    try {
+        bytes = save_document(document->doc);
+    } catch (const std::bad_alloc&) {
+        bytes = -1;
+    }
+    return bytes < 0 ? op.fail(KH_ERR_SAVE) : bytes;
 }
 
 } // namespace
@@ -67,22 +93,15 @@ long kh_tree_traverse_and_format(long* fd, xmlNode* node, long* ierr)
 
 long kh_tree_write(long* fd, const char* file_name, long* ierr)
 {
-    kh::Operation op("kh_tree_write", ierr);
-    kh::Document* document = kh::document_with_root(op, fd);
-    if (!document)
-        return op.status();
-    if (!file_name)
-        return op.null_argument();
-    if (!document->is_formatted)
-        kh_tree_traverse_and_format(fd, document->root, op.error_vector());
-    document->is_formatted = !op.failed();
-    if (op.failed())
-        op.pass_on(); // and the document is saved all the same
-    long bytes = -1;
-    try {
-        bytes = kh::save(document->doc, file_name);
-    } catch (const std::bad_alloc&) {
-        bytes = -1;
-    }
-    return bytes < 0 ? op.fail(KH_ERR_SAVE) : bytes;
+    return kh::write("kh_tree_write", fd, ierr, file_name != nullptr,
+                     [&](xmlDoc* document) { return kh::save(document, file_name); });
+}
+
+long kh_tree_write_memory(long* fd, char** data, long* size, long* ierr)
+{
+    return kh::write("kh_tree_write_memory", fd, ierr, data && size, [&](xmlDoc* document) {
+        kh::Block<char> bytes = kh::save_to_memory(document, *size);
+        *data = bytes.release();
+        return *size;
+    });
 }

@@ -1,5 +1,7 @@
 #include "frame/operation.h"
 
+#include "frame/last_report.h"
+
 #include <cstdarg>
 #include <cstdio>
 
@@ -26,6 +28,12 @@ long Operation::fail(long code, const char* detail, ...) noexcept
     const Detail printed(detail, arguments);
     va_end(arguments);
     return store(kh_handle_error(&report_, code, 1, "\n\tFunction: %s%s", name_, printed.text));
+}
+
+void Operation::explain(const char* text) noexcept
+{
+    add_to_last_report("\n\t");
+    add_to_last_report(text);
 }
 
 long Operation::pass_on(long code, const char* detail, ...) noexcept

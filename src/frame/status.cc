@@ -1,4 +1,6 @@
 // Codes, their texts, and the one place that prints reports.
+#include "frame/last_report.h"
+
 #include <kalv/status.h>
 
 #include <algorithm>
@@ -137,6 +139,7 @@ long kh_handle_error(kh_error_record* rec, long code, long set, const char* form
         return code;
     if (set != 0)
         kh_set_error(code, rec);
+    const std::size_t known_before = set != 0 ? 0 : strnlen(rec->message, KH_MESSAGE_SIZE);
     const long room = KH_MESSAGE_SIZE - 1 - rec->length;
     if (format && room > 0) {
         char detail[KH_MESSAGE_SIZE];
@@ -147,6 +150,9 @@ long kh_handle_error(kh_error_record* rec, long code, long set, const char* form
         va_end(arguments);
         kh_add_error_info(detail, std::min<long>(length, room - 1), rec);
     }
+    const std::string_view added(rec->message + known_before,
+                                 strnlen(rec->message + known_before, KH_MESSAGE_SIZE - known_before));
+    set != 0 ? kh::begin_last_report(added) : kh::add_to_last_report(added);
     if (verbose())
         std::fprintf(stderr, "%s\n", rec->message);
     return code;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <libxml/SAX2.h>
@@ -54,22 +55,23 @@ private:
     int fd_;
 };
 
-/// The bytes of a file, inflated where they are compressed. A plain read: a mapping would end the process
-/// when somebody cuts the file short.
+/// The bytes of a file or of a text in memory, inflated where they are compressed. A plain read: a mapping
+/// would end the process when somebody cuts the file short.
 class Input {
 public:
-    explicit Input(const char* file_name) noexcept
-        : file_(file_name), buffer_(static_cast<char*>(std::malloc(buffer_size)))
+    Input(const Descriptor& file, ParserCall& call) noexcept
+        : call_(call), file_(&file), buffer_(static_cast<char*>(std::malloc(buffer_size))),
+          bytes_(buffer_.get())
     {
-        if (!file_.is_open() || !buffer_)
-            return;
+        failed_ = !buffer_;
         while (!ended_ && !failed_ && end_ < buffer_size)
             read_more();
-        compressed_ = starts_member();
-        if (compressed_) {
-            initialised_ = inflateInit2(&state_, 15 + 16) == Z_OK;
-            failed_ = failed_ || !initialised_;
-        }
+        prepare();
+    }
+    Input(std::string_view text, ParserCall& call) noexcept
+        : call_(call), bytes_(text.data()), end_(text.size()), ended_(true)
+    {
+        prepare();
     }
     ~Input()
     {
@@ -79,14 +81,13 @@ public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
-    bool is_open() const noexcept { return file_.is_open() && buffer_; }
     /// True when bytes could not be read, or are not what compressed ones must be.
     bool failed() const noexcept { return failed_; }
-    bool is_compressed() const noexcept { return compressed_; }
+    const char* problem() const noexcept { return problem_; }
 
-    /// The whole file, where it is a small one that needs no inflating.
-    bool is_in_memory() const noexcept { return ended_ && !compressed_; }
-    const char* data() const noexcept { return buffer_.get(); }
+    /// The whole input, where it is a small one that needs no inflating.
+    bool is_in_memory() const noexcept { return ended_ && !compressed_ && end_ <= buffer_size; }
+    const char* data() const noexcept { return bytes_; }
     int size() const noexcept { return static_cast<int>(end_); }
 
     /// The compression that the document is written with later. As libxml2 has it, a file that inflates into
@@ -97,6 +98,7 @@ public:
     static int read(void* self, char* bytes, int size) noexcept
     {
         auto* input = static_cast<Input*>(self);
+        input->call_.note_failures();
         const std::size_t room = static_cast<std::size_t>(size);
         const std::size_t count =
             input->compressed_ ? input->inflate_into(bytes, room) : input->copy_into(bytes, room);
@@ -111,11 +113,21 @@ private:
     static constexpr std::size_t harmless_size = 16U << 20;
     static constexpr std::size_t largest_ratio = 900;
 
+    void prepare() noexcept
+    {
+        compressed_ = starts_member();
+        if (compressed_) {
+            initialised_ = inflateInit2(&state_, 15 + 16) == Z_OK;
+            failed_ = failed_ || !initialised_;
+        }
+    }
+
     void read_more() noexcept
     {
-        const ssize_t count = file_.read(buffer_.get() + end_, buffer_size - end_);
+        const ssize_t count = file_->read(buffer_.get() + end_, buffer_size - end_);
         if (count < 0) {
-            KH_handle_xml_error(nullptr, "I/O error : %s\n", strerrordesc_np(errno));
+            problem_ = strerrordesc_np(errno);
+            KH_handle_xml_error(nullptr, "I/O error : %s\n", problem_);
             failed_ = true;
             return;
         }
@@ -126,7 +138,7 @@ private:
     /// Makes sure that there are at least `count` bytes, or all that are left.
     void provide(std::size_t count) noexcept
     {
-        if (end_ - begin_ >= count)
+        if (ended_ || end_ - begin_ >= count)
             return;
         std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -139,14 +151,14 @@ private:
     {
         provide(1);
         const std::size_t count = std::min(size, end_ - begin_);
-        std::memcpy(bytes, buffer_.get() + begin_, count);
+        std::memcpy(bytes, bytes_ + begin_, count);
         begin_ += count;
         return count;
     }
 
     bool starts_member() const noexcept
     {
-        return end_ - begin_ > 2 && std::memcmp(buffer_.get() + begin_, "\x1f\x8b", 2) == 0;
+        return end_ - begin_ > 2 && std::memcmp(bytes_ + begin_, "\x1f\x8b", 2) == 0;
     }
 
     std::size_t inflate_into(char* bytes, std::size_t size) noexcept
@@ -165,8 +177,8 @@ private:
     void inflate_more() noexcept
     {
         provide(1);
-        const std::size_t offered = end_ - begin_;
-        state_.next_in = reinterpret_cast<Bytef*>(buffer_.get() + begin_);
+        const std::size_t offered = std::min<std::size_t>(end_ - begin_, UINT_MAX);
+        state_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes_ + begin_)); // only read
         state_.avail_in = static_cast<uInt>(offered);
         const int result = inflate(&state_, Z_NO_FLUSH);
         begin_ += offered - state_.avail_in;
@@ -186,8 +198,11 @@ private:
             failed_ = true;
     }
 
-    Descriptor file_;
+    const char* problem_ = "compressed bytes are damaged, cut short, or inflate without end";
+    ParserCall& call_;
+    const Descriptor* file_ = nullptr;
     Block<char> buffer_;
+    const char* bytes_;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
     bool ended_ = false;
@@ -210,6 +225,26 @@ void declare_entity(void* context, const xmlChar* name, int type, const xmlChar*
     xmlSAX2EntityDecl(context, name, type, public_id, system_id, content);
 }
 
+/// Counts what a parameter entity expands to, as libxml2 does before it reads the entity. It goes on with an
+/// input that it has freed when memory runs out in that place, and without harm when memory runs out here.
+xmlEntity* find_parameter_entity(void* context, const xmlChar* name)
+{
+    auto* parser = static_cast<xmlParserCtxt*>(context);
+    xmlEntity* entity = xmlSAX2GetParameterEntity(context, name);
+    if (!entity || entity->checked != 0 || !entity->content || parser->errNo == XML_ERR_ENTITY_LOOP)
+        return entity;
+    const unsigned long before = parser->nbentities;
+    entity->checked = 1;
+    ++parser->depth;
+    const XmlText text(xmlStringDecodeEntities(parser, entity->content, XML_SUBSTITUTE_REF, 0, 0, 0));
+    --parser->depth;
+    if (!text || parser->errNo == XML_ERR_ENTITY_LOOP)
+        entity->content[0] = 0;
+    const unsigned long count = std::min(parser->nbentities - before + 1, INT_MAX / 2UL);
+    entity->checked = static_cast<int>(2 * count) | (xmlStrchr(text.get(), '<') ? 1 : 0);
+    return entity;
+}
+
 struct FreeParser {
     void operator()(xmlParserCtxt* parser) const noexcept
     {
@@ -227,6 +262,7 @@ Parser new_parser() noexcept
     if (parser) {
         xmlSAXVersion(parser->sax, 2);
         parser->sax->entityDecl = declare_entity;
+        parser->sax->getParameterEntity = find_parameter_entity;
         parser->options = 0;
         xmlCtxtUseOptions(parser.get(), XML_PARSE_HUGE);
     }
@@ -247,27 +283,39 @@ bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcep
         xmlFreeParserInputBuffer(buffer);
         return false;
     }
-    input->filename = reinterpret_cast<char*>(xmlCanonicPath(to_xml(file_name)));
+    if (file_name)
+        input->filename = reinterpret_cast<char*>(xmlCanonicPath(to_xml(file_name)));
     inputPush(parser, input);
     return true;
 }
 
-} // namespace
-
-XmlDocument parse_file(const char* file_name) noexcept
+/// Keeps what kept the bytes from coming, or the parser's last message and where in the input it was met.
+void describe(const Input& input, const char* file_name, ParseProblem& problem) noexcept
 {
-    const ParserCall call;
-    Input input(file_name);
-    if (!input.is_open()) {
-        KH_handle_xml_error(nullptr, "I/O warning : failed to load external entity \"%s\"\n", file_name);
+    const char* name = file_name ? file_name : "memory";
+    const xmlError* error = xmlGetLastError();
+    if (input.failed() || !error || !error->message) {
+        std::snprintf(problem.text, sizeof problem.text, "%s: %s", name,
+                      input.failed() ? input.problem() : "out of memory");
+        return;
+    }
+    const std::size_t length = std::string_view(error->message).find_last_not_of('\n') + 1;
+    std::snprintf(problem.text, sizeof problem.text, "%s:%d:%d: %.*s", name, error->line, error->int2,
+                  static_cast<int>(length), error->message);
+}
+
+/// Parses an input; the file name, which may be null, stands in messages and in the document.
+XmlDocument parse(Input& input, const ParserCall& call, const char* file_name, ParseProblem& problem) noexcept
+{
+    const Parser parser = new_parser();
+    const bool attached = !input.failed() && parser && attach(parser.get(), input, file_name);
+    if (attached)
+        xmlParseDocument(parser.get());
+    if (!attached || !parser->wellFormed || input.failed() || call.out_of_memory() ||
+        parser->errNo == XML_ERR_NO_MEMORY) {
+        describe(input, file_name, problem);
         return nullptr;
     }
-    const Parser parser = new_parser();
-    if (input.failed() || !parser || !attach(parser.get(), input, file_name))
-        return nullptr;
-    xmlParseDocument(parser.get());
-    if (!parser->wellFormed || input.failed() || call.out_of_memory() || parser->errNo == XML_ERR_NO_MEMORY)
-        return nullptr;
     XmlDocument document(parser->myDoc);
     parser->myDoc = nullptr;
     if (document) {
@@ -275,6 +323,28 @@ XmlDocument parse_file(const char* file_name) noexcept
         document->compression = input.compression();
     }
     return document;
+}
+
+} // namespace
+
+XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept
+{
+    const Descriptor file(file_name);
+    if (!file.is_open()) {
+        std::snprintf(problem.text, sizeof problem.text, "%s: %s", file_name, strerrordesc_np(errno));
+        KH_handle_xml_error(nullptr, "I/O warning : failed to load external entity \"%s\"\n", file_name);
+        return nullptr;
+    }
+    ParserCall call;
+    Input input(file, call);
+    return parse(input, call, file_name, problem);
+}
+
+XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept
+{
+    ParserCall call;
+    Input input(bytes, call);
+    return parse(input, call, nullptr, problem);
 }
 
 } // namespace kh

@@ -4,10 +4,20 @@
 
 #include "tree/xml.h"
 
+#include <string_view>
+
 namespace kh {
 
+/// What was wrong with an input, as "FILE:LINE:COLUMN: MESSAGE", or shorter where less is known.
+struct ParseProblem {
+    char text[512] = "";
+};
+
 /// Parses a file; null when it cannot be read or is not well-formed. "-" is standard input.
-XmlDocument parse_file(const char* file_name) noexcept;
+XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept;
+
+/// Parses the bytes of a file that stand in memory.
+XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept;
 
 } // namespace kh
 

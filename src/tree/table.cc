@@ -123,18 +123,94 @@ char* copy_of_file_name(const char* file_name) noexcept
     return copy ? std::strcpy(copy, file_name) : nullptr;
 }
 
-/// Parses the file into a reserved slot. \return the status to report
-long fill(Document& document, const char* file_name) noexcept
+/// A file to open.
+struct File {
+    const char* name;
+
+    bool is_missing() const noexcept { return !name; }
+    XmlDocument parse(ParseProblem& problem) const noexcept { return parse_file(name, problem); }
+    bool keep_name(Document& document) const noexcept
+    {
+        document.file_name = copy_of_file_name(name);
+        return document.file_name != nullptr;
+    }
+    long fail(Operation& op, long code) const noexcept { return op.fail(code, ". File: %s", name); }
+};
+
+/// The bytes of a file in memory, which has no name.
+struct Memory {
+    const char* data;
+    long size;
+
+    bool is_missing() const noexcept { return !data || size < 0; }
+    XmlDocument parse(ParseProblem& problem) const noexcept
+    {
+        return parse_memory({data, static_cast<std::size_t>(size)}, problem);
+    }
+    static bool keep_name(Document&) noexcept { return true; }
+    static long fail(Operation& op, long code) noexcept { return op.fail(code); }
+};
+
+/// Parses a source into a reserved slot.
+template <class Source>
+void fill(Document& document, const Source& source, Operation& op) noexcept
 {
-    document.doc = parse_file(file_name).release();
-    if (!document.doc)
-        return KH_ERR_PARSE;
-    document.file_name = copy_of_file_name(file_name);
-    if (!document.file_name)
-        return KH_ERR_MEMORY;
+    ParseProblem problem;
+    document.doc = source.parse(problem).release();
+    if (!document.doc) {
+        source.fail(op, KH_ERR_PARSE);
+        op.explain(problem.text);
+        return;
+    }
+    if (!source.keep_name(document)) {
+        op.fail(KH_ERR_MEMORY);
+        return;
+    }
     document.root = xmlDocGetRootElement(document.doc);
     document.current = document.root;
-    return document.root ? KH_OK : KH_ERR_ROOT_ELEMENT;
+    if (!document.root)
+        source.fail(op, KH_ERR_ROOT_ELEMENT);
+}
+
+/// Opens a source in the lowest free slot. \return the descriptor
+template <class Source>
+long open(const char* function, const Source& source, long* ierr) noexcept
+{
+    static xmlGenericErrorFunc handler = KH_handle_xml_error;
+    Operation op(function, ierr);
+    TableLock lock;
+    if (!lock.held()) {
+        op.fail(KH_ERR_LOCK);
+        return 0;
+    }
+    xmlInitParser();
+    initGenericErrorDefaultFunc(&handler);
+    const long fd = lowest_free_slot();
+    const bool full = fd == KH_MAX_DOCUMENTS;
+    Document* document = full || source.is_missing() ? nullptr : reserve(fd);
+    if (!lock.unlock()) {
+        if (document)
+            document->opening = false;
+        return -1;
+    }
+    if (full) {
+        op.fail(KH_ERR_TABLE_FULL);
+        return -1;
+    }
+    if (source.is_missing()) {
+        op.null_argument();
+        return fd;
+    }
+    if (!document) {
+        op.fail(KH_ERR_MEMORY);
+        return fd;
+    }
+    fill(*document, source, op);
+    if (op.failed())
+        give_up(fd, document);
+    else
+        document->opening = false;
+    return fd;
 }
 
 } // namespace
@@ -182,46 +258,12 @@ using kh::Operation;
 
 long kh_tree_init_parser(const char* file_name, long* ierr)
 {
-    static xmlGenericErrorFunc handler = KH_handle_xml_error;
-    Operation op("kh_tree_init_parser", ierr);
-    kh::TableLock lock;
-    if (!lock.held()) {
-        op.fail(KH_ERR_LOCK);
-        return 0;
-    }
-    xmlInitParser();
-    initGenericErrorDefaultFunc(&handler);
-    const long fd = kh::lowest_free_slot();
-    const bool full = fd == KH_MAX_DOCUMENTS;
-    Document* document = full || !file_name ? nullptr : kh::reserve(fd);
-    if (!lock.unlock()) {
-        if (document)
-            document->opening = false;
-        return -1;
-    }
-    if (full) {
-        op.fail(KH_ERR_TABLE_FULL);
-        return -1;
-    }
-    if (!file_name) {
-        op.null_argument();
-        return fd;
-    }
-    if (!document) {
-        op.fail(KH_ERR_MEMORY);
-        return fd;
-    }
-    const long status = kh::fill(*document, file_name);
-    if (status == KH_OK) {
-        document->opening = false;
-        return fd;
-    }
-    if (status == KH_ERR_MEMORY)
-        op.fail(status);
-    else
-        op.fail(status, ". File: %s", file_name);
-    kh::give_up(fd, document);
-    return fd;
+    return kh::open("kh_tree_init_parser", kh::File{file_name}, ierr);
+}
+
+long kh_tree_init_memory(const char* data, long size, long* ierr)
+{
+    return kh::open("kh_tree_init_memory", kh::Memory{data, size}, ierr);
 }
 
 long kh_tree_create(long* ierr)

@@ -2,6 +2,7 @@
 
 #include <kalv/status.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 
@@ -11,6 +12,7 @@ ParserCall::ParserCall() noexcept
     : generic_(xmlGenericError), generic_context_(xmlGenericErrorContext), structured_(xmlStructuredError),
       structured_context_(xmlStructuredErrorContext)
 {
+    errno = 0;
     xmlResetLastError();
     xmlSetGenericErrorFunc(this, take_message);
     xmlSetStructuredErrorFunc(nullptr, nullptr);
@@ -30,14 +32,13 @@ static bool last_error_is_memory() noexcept
 
 bool ParserCall::out_of_memory() const noexcept
 {
-    return out_of_memory_ || last_error_is_memory();
+    // Not every failed allocation of libxml2's becomes one of its errors, but malloc tells of each in errno.
+    return out_of_memory_ || errno == ENOMEM || last_error_is_memory();
 }
 
 void ParserCall::take_message(void* self, const char* format, ...)
 {
-    // A later message would hide that memory ran out.
-    if (last_error_is_memory())
-        static_cast<ParserCall*>(self)->out_of_memory_ = true;
+    static_cast<ParserCall*>(self)->note_failures(); // a later message would hide that memory ran out
     char text[1024];
     va_list arguments;
     va_start(arguments, format);

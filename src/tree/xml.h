@@ -42,6 +42,10 @@ public:
     /// True when an allocation of libxml2's has failed since the call began.
     bool out_of_memory() const noexcept;
 
+    /// Keeps in mind whether one has failed so far. Whoever makes system calls meanwhile calls this before
+    /// them.
+    void note_failures() noexcept { out_of_memory_ = out_of_memory(); }
+
 private:
     static void take_message(void* self, const char* format, ...);
 

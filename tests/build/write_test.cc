@@ -445,4 +445,12 @@ TEST(TraverseAndFormat, ReportsBadArguments)
     EXPECT_EQ(in_memory(document), "<r><a/></r>");
 }
 
+TEST(Format, CountsDepthFromTheRootWhereverItStarts)
+{
+    Document document("<!--c--><r><a><b/></a></r>");
+    kh_tree_traverse_and_format(&document.fd, document.slot()->doc->children, &document.status);
+    EXPECT_EQ(document.status, 0);
+    EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<!--c-->\n<r><a><b/>\n  </a>\n</r>\n");
+}
+
 } // namespace
