@@ -1,0 +1,66 @@
+// An open file: its values and nodes by path, and failures in words that operators understand.
+#ifndef KALV_TOOLS_DOCUMENT_H
+#define KALV_TOOLS_DOCUMENT_H
+
+#include "failure.h"
+
+#include <functional>
+#include <kalv/XmlFile.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+class Document {
+public:
+    enum Missing { is_failure, is_created };
+
+    /// Opens a file. Throws a Failure (cannot_read). One that does not exist can be begun as an empty
+    /// document.
+    explicit Document(const std::string& file, Missing missing = is_failure);
+
+    const std::string& file() const { return file_; }
+    /// True where there is no such file yet.
+    bool is_new() const { return is_new_; }
+    KALV::XmlFile& xml() { return xml_; }
+    /// The descriptor's address, as the procedural interface takes it.
+    long* fd() { return &fd_; }
+
+    /// Throws a Failure (usage) where a text is no path.
+    void check_path(const std::string& path);
+
+    /// The path from the root that a path stands for which starts at an element, or else at the root.
+    std::string absolute(const std::string& path, const std::string& start = {});
+
+    /// Moves the cursor along a path. \return false where it leads nowhere
+    bool go_to(const std::string& path);
+
+    /// Calls `take` with the path of each node that a path with any number of "[*]" stands for, in document
+    /// order; once, where it has none. The nodes need not exist, except for those that "[*]" stands for.
+    void expand(const std::string& path, const std::function<void(const std::string& path)>& take);
+
+    /// The text of an element or attribute. None where there is no such element or attribute. Throws a
+    /// Failure (different) for an element that holds elements.
+    std::optional<std::string> value(const std::string& path);
+
+    /// The path of the element under the cursor.
+    std::string cursor_path() const { return xml_.currentPathName(); }
+
+    /// A failure that concerns this file.
+    Failure failure(ExitCode code, const std::string& text) const { return {code, Place{file_, 0, 0}, text}; }
+
+private:
+    std::string file_;
+    bool is_new_ = false;
+    KALV::XmlFile xml_;
+    long fd_ = -1;
+};
+
+/// The text of a status, without the library's mark in front.
+std::string status_text(long status);
+
+} // namespace tool
+
+#endif
