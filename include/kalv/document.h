@@ -53,12 +53,11 @@ extern KH_EXPORT pthread_mutex_t parser_mutex;
  *          unlocked. */
 KH_EXPORT long kh_tree_init_parser(const char* file_name, long* ierr);
 
-/** Opens an XML document that stands in memory with the bytes of a file, plain or compressed with gzip; else as
- *  kh_tree_init_parser(). The document has no file name.
- *  \param[in] data the bytes; they are not needed afterwards
- *  \param[in] size how many
- *  \param[out] ierr 0; the codes of kh_tree_init_parser(); #KH_ERR_ARGUMENT null data, or a size below 0
- *  \return the descriptor, or what kh_tree_init_parser() returns after a failure */
+/** Opens an XML document that stands in memory with the bytes of a file, plain or compressed with gzip; else
+ * as kh_tree_init_parser(). The document has no file name. \param[in] data the bytes; they are not needed
+ * afterwards \param[in] size how many \param[out] ierr 0; the codes of kh_tree_init_parser();
+ * #KH_ERR_ARGUMENT null data, or a size below 0 \return the descriptor, or what kh_tree_init_parser() returns
+ * after a failure */
 KH_EXPORT long kh_tree_init_memory(const char* data, long size, long* ierr);
 
 /** Makes an empty document, which has no root until kh_tree_create_root().

@@ -76,7 +76,7 @@ long copy_path_found(Search* search, long* fd, const char* where, const char* va
 {
     std::string found;
     const long status = search(fd, where, value, path ? &found : nullptr, ierr);
-    if (status == KH_OK)
+    if (path && status == KH_OK)
         std::strcpy(path, found.c_str());
     return status;
 }

@@ -199,7 +199,7 @@ long read_numbers(const char* name, Number** output, long* ierr, ReadTexts read_
         numbers.deliver(*output, op);
         return op.status();
     }
-    if (numbers.array.lost()) {
+    if (output && numbers.array.lost()) {
         std::free(*output);
         *output = nullptr;
     }
