@@ -15,8 +15,12 @@ public:
      *  \param[in] n a number kept with the error; this library gives 0
      *  \param[in] codes one code, see status.h; null stands for #KH_ERR_UNKNOWN */
     FileHandlingError(const std::string& functionName, long n, const long* codes);
+    /** \param[in] other is copied */
     FileHandlingError(const FileHandlingError& other);
+    /** Releases what the error holds. */
     ~FileHandlingError() override;
+    /** \param[in] other is copied
+     *  \return this error */
     FileHandlingError& operator=(const FileHandlingError& other);
 
     /** Appends the code, and no other.

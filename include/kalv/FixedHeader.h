@@ -31,7 +31,22 @@ struct FixedHeader {
     /** No item, no schema, no type. */
     KH_EXPORT FixedHeader();
 
-    /** All members but `kvstdVersion`, which stays empty. */
+    /** All members but `kvstdVersion`, which stays empty.
+     *  \param[in] fileName `File_Name`
+     *  \param[in] schema schema reference; "_NOSCHEMA_" means none
+     *  \param[in] fileDescription `File_Description`
+     *  \param[in] notes `Notes`
+     *  \param[in] mission `Mission`
+     *  \param[in] fileClass `File_Class`
+     *  \param[in] fileType `File_Type`
+     *  \param[in] validityStart `Validity_Start`
+     *  \param[in] validityStop `Validity_Stop`
+     *  \param[in] fileVersion `File_Version`
+     *  \param[in] system `System`
+     *  \param[in] creator `Creator`
+     *  \param[in] creatorVersion `Creator_Version`
+     *  \param[in] creationDate `Creation_Date`
+     *  \param[in] headerType format version * 10 + extension type */
     KH_EXPORT FixedHeader(const std::string& fileName, const std::string& schema,
                           const std::string& fileDescription, const std::string& notes,
                           const std::string& mission, const std::string& fileClass,
@@ -40,7 +55,23 @@ struct FixedHeader {
                           const std::string& creator, const std::string& creatorVersion,
                           const std::string& creationDate, long headerType);
 
-    /** All members. */
+    /** All members.
+     *  \param[in] fileName `File_Name`
+     *  \param[in] schema schema reference; "_NOSCHEMA_" means none
+     *  \param[in] fileDescription `File_Description`
+     *  \param[in] notes `Notes`
+     *  \param[in] mission `Mission`
+     *  \param[in] fileClass `File_Class`
+     *  \param[in] fileType `File_Type`
+     *  \param[in] validityStart `Validity_Start`
+     *  \param[in] validityStop `Validity_Stop`
+     *  \param[in] fileVersion `File_Version`
+     *  \param[in] kvstdVersion `KVSTD_Version`
+     *  \param[in] system `System`
+     *  \param[in] creator `Creator`
+     *  \param[in] creatorVersion `Creator_Version`
+     *  \param[in] creationDate `Creation_Date`
+     *  \param[in] headerType format version * 10 + extension type */
     KH_EXPORT FixedHeader(const std::string& fileName, const std::string& schema,
                           const std::string& fileDescription, const std::string& notes,
                           const std::string& mission, const std::string& fileClass,

@@ -45,11 +45,14 @@ public:
      *  (#KH_ERR_LOCK), but nothing while another exception unwinds. */
     ~XmlFile() noexcept(false);
 
-    /** Takes over the document; the cursor stays. Throws nothing. */
+    /** Takes over the document; the cursor stays. Throws nothing.
+     *  \param[in,out] other holds no document afterwards */
     XmlFile(XmlFile&& other) noexcept;
 
     /** Takes over the document and releases the one held so far; moving to itself changes nothing. Throws
-     *  as the destructor, under "XmlFile::operator=", when the move is done. */
+     *  as the destructor, under "XmlFile::operator=", when the move is done.
+     *  \param[in,out] other holds no document afterwards
+     *  \return this object */
     XmlFile& operator=(XmlFile&& other) noexcept(false);
 
     XmlFile(const XmlFile&) = delete;
@@ -83,10 +86,12 @@ public:
      *  \return 0 */
     long clean();
 
-    /** The descriptor, for the procedural interface; -1 without a document. Throws nothing. */
+    /** The document's place in the table of documents, for the procedural interface. Throws nothing.
+     *  \return the descriptor; -1 without a document */
     long getId() const;
 
-    /** The name of the file read last; empty before. Throws no KalvError. */
+    /** The file read last. Throws no KalvError.
+     *  \return its name; empty before the first */
     std::string getFileName() const;
     /**@}*/
 
@@ -118,12 +123,14 @@ public:
      *  \return the element; null where there is none */
     struct _xmlNode* nextSibling();
 
-    /** The name of the element under the cursor, without prefix; the cursor stays. Throws
-     *  #KH_ERR_NO_CURRENT or #KH_ERR_NOT_ELEMENT. */
+    /** The name of the element under the cursor; the cursor stays. Throws #KH_ERR_NO_CURRENT or
+     *  #KH_ERR_NOT_ELEMENT.
+     *  \return the name, without prefix */
     std::string currentElementName() const;
 
-    /** The path of the element under the cursor, such as "/Root/List/Item[2]"; the cursor stays. Throws
-     *  #KH_ERR_NO_CURRENT or #KH_ERR_NOT_ELEMENT. */
+    /** The path of the element under the cursor; the cursor stays. Throws #KH_ERR_NO_CURRENT or
+     *  #KH_ERR_NOT_ELEMENT.
+     *  \return the path, such as "/Root/List/Item[2]" */
     std::string currentPathName() const;
     /**@}*/
 
@@ -142,80 +149,75 @@ public:
     void removeSchema(bool flag);
     /**@}*/
 
-    /** \name Values of elements
-     *  The cursor moves to the element. Throws #KH_ERR_NOT_FOUND the cursor stays; #KH_ERR_NO_REQUEST an
-     *  empty name, and none was asked for before; #KH_ERR_NO_VALUE; #KH_ERR_NOT_TERMINAL; for numbers
-     *  #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
+    /** \name Values of elements */
+    /**@{*/
+
+    /** The value of the next element of a name; the cursor moves to it. Throws #KH_ERR_NOT_FOUND the cursor
+     *  stays; #KH_ERR_NO_REQUEST an empty name, and none was asked for before; #KH_ERR_NO_VALUE;
+     *  #KH_ERR_NOT_TERMINAL; for numbers #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
      *  \param[in] element the name; empty: the one asked for before
      *  \return the value */
-    /**@{*/
-    /** The value as text. */
     std::string getElementValueAsString(const std::string& element);
-    /** The value as integer. */
     long getElementValueAsInt(const std::string& element);
-    /** The value as real. */
     double getElementValueAsReal(const std::string& element);
     /**@}*/
 
-    /** \name Values of attributes
-     *  The element is the one under the cursor if that is its name, else the next one of that name; the
-     *  cursor moves to it. Throws #KH_ERR_NOT_FOUND, #KH_ERR_NO_REQUEST, #KH_ERR_NO_ATTRIBUTE,
-     *  #KH_ERR_ARGUMENT an empty attribute name, #KH_ERR_NO_CURRENT; for numbers #KH_ERR_NOT_INTEGER,
-     *  #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
+    /** \name Values of attributes */
+    /**@{*/
+
+    /** The value of an attribute, of the element under the cursor if that has the name asked for, else of the
+     *  next element of that name; the cursor moves to it. Throws #KH_ERR_NOT_FOUND, #KH_ERR_NO_REQUEST,
+     *  #KH_ERR_NO_ATTRIBUTE, #KH_ERR_ARGUMENT an empty attribute name, #KH_ERR_NO_CURRENT; for numbers
+     *  #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
      *  \param[in] element the name; empty: the one asked for before
      *  \param[in] attribute the attribute's name
      *  \return the value */
-    /**@{*/
-    /** The value as text. */
     std::string getAttributeValueAsString(const std::string& element, const std::string& attribute);
-    /** The value as integer. */
     long getAttributeValueAsInt(const std::string& element, const std::string& attribute);
-    /** The value as real. */
     double getAttributeValueAsReal(const std::string& element, const std::string& attribute);
     /**@}*/
 
-    /** \name Values by path
-     *  The cursor goes along the path, which may end with an attribute. Throws also #KH_ERR_NO_VALUE and
-     *  #KH_ERR_NOT_TERMINAL; for numbers #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
-     *  \param[in] path the path
-     *  \return the value */
+    /** \name Values by path */
     /**@{*/
-    /** The value as text. */
+
+    /** The value of the element or attribute at a path; the cursor goes along it. Throws as toPath(), and
+     *  #KH_ERR_NO_VALUE, #KH_ERR_NOT_TERMINAL; for numbers #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and
+     *  #KH_ERR_RANGE.
+     *  \param[in] path the path, which may end with an attribute
+     *  \return the value */
     std::string getPathValueAsString(const std::string& path);
-    /** The value as integer. */
     long getPathValueAsInt(const std::string& path);
-    /** The value as real. */
     double getPathValueAsReal(const std::string& path);
     /**@}*/
 
-    /** \name Arrays of all elements of a name, from the root
-     *  The cursor stands on the last element read; the root itself is not among them. Throws
+    /** \name Arrays of all elements of a name, from the root */
+    /**@{*/
+
+    /** The values of all elements of a name below the root; the cursor stands on the last one read. Throws
      *  #KH_ERR_NOT_FOUND, #KH_ERR_NO_REQUEST an empty name, #KH_ERR_NO_VALUE, #KH_ERR_NOT_TERMINAL; for
      *  numbers #KH_ERR_NOT_INTEGER, #KH_ERR_NOT_REAL and #KH_ERR_RANGE.
      *  \param[in] element the name
      *  \param[in,out] values the values are appended; after a failure as before */
-    /**@{*/
-    /** The values as integers. */
     void getElementArrayAsInt(const std::string& element, std::vector<long>& values);
-    /** The values as reals. */
     void getElementArrayAsReal(const std::string& element, std::vector<double>& values);
-    /** The values as texts. */
     void getElementArrayAsString(const std::string& element, std::vector<std::string>& values);
     /**@}*/
 
-    /** \name Arrays by a path with one "[*]"
-     *  The cursor stands where the read ended. Throws what toPath() throws for a path; #KH_ERR_ARGUMENT
-     *  also for one without "[*]"; #KH_ERR_NO_VALUE, #KH_ERR_NOT_TERMINAL; for integers #KH_ERR_NOT_INTEGER
-     *  and #KH_ERR_RANGE.
-     *  \param[in] path the path
-     *  \param[in,out] values the values are appended; after a failure as before */
+    /** \name Arrays by a path with one "[*]" */
     /**@{*/
-    /** The values as integers. */
+
+    /** The values of all nodes of a path; the cursor stands where the read ended. Throws what toPath()
+     *  throws for a path; #KH_ERR_ARGUMENT also for one without "[*]"; #KH_ERR_NO_VALUE,
+     *  #KH_ERR_NOT_TERMINAL; for integers #KH_ERR_NOT_INTEGER and #KH_ERR_RANGE.
+     *  \param[in] path the path, which may end with an attribute
+     *  \param[in,out] values the values are appended; after a failure as before */
     void getPathArrayAsInt(const std::string& path, std::vector<long>& values);
-    /** The values as reals. Throws no KalvError: whatever fails, nothing is appended. Callers rely on it. */
-    void getPathArrayAsReal(const std::string& path, std::vector<double>& values);
-    /** The values as texts. */
     void getPathArrayAsString(const std::string& path, std::vector<std::string>& values);
+
+    /** The same as reals. Throws no KalvError: whatever fails, nothing is appended. Callers rely on it.
+     *  \param[in] path the path, which may end with an attribute
+     *  \param[in,out] values the values are appended */
+    void getPathArrayAsReal(const std::string& path, std::vector<double>& values);
     /**@}*/
 
     /** \name Lists and searches */
@@ -248,41 +250,48 @@ public:
     /**@}*/
 
     /** \name Nodes
-     *  A name that XML does not allow throws #KH_ERR_ARGUMENT, and nothing changes.
-     *  \return 0 */
+     *  A name that XML does not allow throws #KH_ERR_ARGUMENT, and nothing changes. */
     /**@{*/
 
     /** Gives an empty document its root; the cursor stands on it. Throws #KH_ERR_ROOT_EXISTS or
      *  #KH_ERR_CREATE_NODE.
-     *  \param[in] name the element's name */
+     *  \param[in] name the element's name
+     *  \return 0 */
     long createRoot(const std::string& name);
 
     /** Adds an element as last child of the one at a path; the cursor moves to it. Throws along the path,
      *  and #KH_ERR_CREATE_NODE.
      *  \param[in] path the path
-     *  \param[in] name the element's name */
+     *  \param[in] name the element's name
+     *  \return 0 */
     long addChild(const std::string& path, const std::string& name);
 
     /** Adds an element right after the one at a path; the cursor moves to it. Throws along the path, and
      *  #KH_ERR_CREATE_NODE, #KH_ERR_ADD_SIBLING.
      *  \param[in] path the path
-     *  \param[in] name the element's name */
+     *  \param[in] name the element's name
+     *  \return 0 */
     long addNext(const std::string& path, const std::string& name);
 
-    /** Adds an element right before the one at a path; else as addNext(). */
+    /** Adds an element right before the one at a path; the cursor moves to it. Throws as addNext().
+     *  \param[in] path the path
+     *  \param[in] name the element's name
+     *  \return 0 */
     long addPrevious(const std::string& path, const std::string& name);
 
     /** Adds an attribute without value to the element at a path, where the cursor moves; one that it has is
      *  left as it is. Throws along the path, and #KH_ERR_NOT_ELEMENT.
      *  \param[in] path the path
-     *  \param[in] attribute the attribute's name */
+     *  \param[in] attribute the attribute's name
+     *  \return 0 */
     long addAttribute(const std::string& path, const std::string& attribute);
 
     /** Appends a copy of a node of a file to the element at a path from the root; the cursor stays there.
      *  Throws #KH_ERR_NOT_FOUND for either path, #KH_ERR_NOT_ELEMENT or #KH_ERR_PARSE.
      *  \param[in] path the path
      *  \param[in] sourceFile the file
-     *  \param[in] sourcePath the node's path in it */
+     *  \param[in] sourcePath the node's path in it
+     *  \return 0 */
     long copyNode(const std::string& path, const std::string& sourceFile, const std::string& sourcePath);
     /**@}*/
 
@@ -291,8 +300,10 @@ public:
      *  \param[in] path the path */
     void removeNode(const std::string& path);
 
-    /** \name Setting values
-     *  Sets the text of the element or attribute at a path, where the cursor moves. Throws along the path,
+    /** \name Setting values */
+    /**@{*/
+
+    /** Sets the text of the element or attribute at a path, where the cursor moves. Throws along the path,
      *  and #KH_WARN_LENGTH the text was cut to 510 bytes; #KH_ERR_FORMAT; #KH_ERR_NOT_ELEMENT;
      *  #KH_ERR_ARGUMENT the text is not UTF-8, or XML forbids it.
      *  \param[in] path the path
@@ -300,14 +311,9 @@ public:
      *  \param[in] format the format that prints the value, see kh_tree_set_string_node_value(); empty:
      *      "%s", "%d" or "%#lf". Give "%ld" for integers beyond 32 bits, of which "%d" prints the low
      *      half. */
-    /**@{*/
-    /** Sets a text. */
     void setValue(const std::string& path, const std::string& value, const std::string& format = {});
-    /** Sets an integer. */
     void setValue(const std::string& path, long value, const std::string& format = {});
-    /** Sets a real. */
     void setValue(const std::string& path, double value, const std::string& format = {});
-    /** Sets a number of any other type. */
     template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
     void setValue(const std::string& path, Number value, const std::string& format = {})
     {
@@ -320,7 +326,14 @@ public:
      *  The call without value, then setValue() on the node added, with the values it takes. Throws as the
      *  two, and under their names: after "XmlFile::setValue" the node is there. */
     /**@{*/
-    /** Adds a last child and sets its value; the cursor moves to it. */
+
+    /** Adds an element as last child of, right after or right before the one at a path, and sets its value;
+     *  the cursor moves to it.
+     *  \param[in] path the path
+     *  \param[in] name the element's name
+     *  \param[in] value a text or a number
+     *  \param[in] format the format that prints the value, see setValue()
+     *  \return nothing */
     template <class Value>
     auto addChild(const std::string& path, const std::string& name, Value value,
                   const std::string& format = {}) -> decltype(setValue(path, value, format))
@@ -328,7 +341,6 @@ public:
         addChild(path, name);
         setValue(".", value, format);
     }
-    /** Adds an element right after another and sets its value; the cursor moves to it. */
     template <class Value>
     auto addNext(const std::string& path, const std::string& name, Value value,
                  const std::string& format = {}) -> decltype(setValue(path, value, format))
@@ -336,7 +348,6 @@ public:
         addNext(path, name);
         setValue(".", value, format);
     }
-    /** Adds an element right before another and sets its value; the cursor moves to it. */
     template <class Value>
     auto addPrevious(const std::string& path, const std::string& name, Value value,
                      const std::string& format = {}) -> decltype(setValue(path, value, format))
@@ -344,7 +355,13 @@ public:
         addPrevious(path, name);
         setValue(".", value, format);
     }
-    /** Adds an attribute and sets its value; the cursor moves to its element. */
+
+    /** Adds an attribute to the element at a path and sets its value; the cursor moves to the element.
+     *  \param[in] path the path
+     *  \param[in] attribute the attribute's name
+     *  \param[in] value a text or a number
+     *  \param[in] format the format that prints the value, see setValue()
+     *  \return nothing */
     template <class Value>
     auto addAttribute(const std::string& path, const std::string& attribute, Value value,
                       const std::string& format = {}) -> decltype(setValue(path, value, format))
@@ -376,7 +393,20 @@ public:
     void setFixedHeaderItem(const std::string& item, const std::string& value);
 
     /** Writes thirteen items. Throws #KH_WARN_LENGTH, or #KH_ERR_FORMAT for any failure: the items before
-     *  it stay written, the cursor stands on the last one. */
+     *  it stay written, the cursor stands on the last one.
+     *  \param[in] fileName `File_Name`
+     *  \param[in] fileDescription `File_Description`
+     *  \param[in] notes `Notes`
+     *  \param[in] mission `Mission`
+     *  \param[in] fileClass `File_Class`
+     *  \param[in] fileType `File_Type`
+     *  \param[in] validityStart `Validity_Start`
+     *  \param[in] validityStop `Validity_Stop`
+     *  \param[in] fileVersion `File_Version`
+     *  \param[in] system `System`
+     *  \param[in] creator `Creator`
+     *  \param[in] creatorVersion `Creator_Version`
+     *  \param[in] creationDate `Creation_Date` */
     void setFixedHeaderItems(const std::string& fileName, const std::string& fileDescription,
                              const std::string& notes, const std::string& mission,
                              const std::string& fileClass, const std::string& fileType,
@@ -401,7 +431,12 @@ public:
     /**@{*/
 
     /** Composes a name. Throws #KH_WARN_LENGTH an item is too long; #KH_ERR_FILE_NAME_LENGTH more than 64
-     *  characters. For the arguments see kh_create_filename().
+     *  characters.
+     *  \param[in] satId the satellite, see KH_Get_sat_id(); one without a mission code gives "XXX_"
+     *  \param[in] fileClass at most 4 characters; the empty text gives "XXXX"
+     *  \param[in] fileType at most 10 characters
+     *  \param[in] instanceId at most 42 characters
+     *  \param[in] extensionType ::kh_file_extension; any other number appends nothing
      *  \return the name */
     std::string createFileName(long satId, const std::string& fileClass, const std::string& fileType,
                                const std::string& instanceId, long extensionType) const;

@@ -49,8 +49,8 @@ extern KH_EXPORT pthread_mutex_t parser_mutex;
  *                   #KH_ERR_PARSE not readable, not well-formed, or too large for the memory;
  *                   #KH_ERR_ROOT_ELEMENT no root element
  *  \return the descriptor. After a failure it names nothing: -1 when the table is full, 0 when it could not
- * be locked, else the number of the slot that was free. -1 without a status when the table could not be
- *          unlocked. */
+ *          be locked, else the number of the slot that was free. -1 without a status when the table could
+ *          not be unlocked. */
 KH_EXPORT long kh_tree_init_parser(const char* file_name, long* ierr);
 
 /** Opens an XML document that stands in memory with the bytes of a file, plain or compressed with gzip; else
@@ -68,6 +68,8 @@ KH_EXPORT long kh_tree_create(long* ierr);
 
 /** Releases a document and its slot. An unused descriptor is no error. When it was the last open document and
  *  the process has a single thread, libxml2's `xmlCleanupParser` is called.
+ *  \param[in] fd    the document
+ *  \param[out] ierr the status
  *  \return the status: 0; #KH_ERR_ARGUMENT null address; #KH_ERR_LOCK; #KH_ERR_DESCRIPTOR */
 KH_EXPORT long kh_tree_cleanup_parser(long* fd, long* ierr);
 

@@ -38,12 +38,16 @@ KH_EXPORT long kh_tree_create_header(long* fd, long* file_type, long* ierr);
  *  \param[in] version     format version
  *  \param[in,out] ierr    the status; not set to 0 on entry
  *  \return the status: 0; #KH_WARN_HEADER_EXISTS; #KH_ERR_ARGUMENT; #KH_ERR_NOT_FOUND the document has
- * elements in the header's place; #KH_ERR_CREATE_NODE every other failure; #KH_ERR_MEMORY */
+ *          elements in the header's place; #KH_ERR_CREATE_NODE every other failure; #KH_ERR_MEMORY */
 KH_EXPORT long KH_tree_create_header_EOF(long* fd, const char* root_name, const char* header_name,
                                          long version, long* ierr);
 
-/** The part of kh_tree_create_header() for header-only files, whose root is the header element; else as
- *  KH_tree_create_header_EOF(). */
+/** The part of kh_tree_create_header() for header-only files, whose root is the header element.
+ *  \param[in] fd the document
+ *  \param[in] header_name name of the header element
+ *  \param[in] version     format version
+ *  \param[in,out] ierr    the status; not set to 0 on entry
+ *  \return as KH_tree_create_header_EOF() */
 KH_EXPORT long KH_tree_create_header_HDR(long* fd, const char* header_name, long version, long* ierr);
 
 /** Writes one item of the header; the cursor moves to its element.
@@ -58,6 +62,21 @@ KH_EXPORT long KH_tree_create_header_HDR(long* fd, const char* header_name, long
 KH_EXPORT long kh_tree_set_fixed_header_item(long* fd, const char* item, const char* value, long* ierr);
 
 /** Writes thirteen items; `KVSTD_Version` is not among them. Stops at the first failure.
+ *  \param[in] fd               the document
+ *  \param[in] file_name        `File_Name`
+ *  \param[in] file_description `File_Description`
+ *  \param[in] notes            `Notes`
+ *  \param[in] mission          `Mission`
+ *  \param[in] file_class       `File_Class`
+ *  \param[in] file_type        `File_Type`
+ *  \param[in] validity_start   `Validity_Start`
+ *  \param[in] validity_stop    `Validity_Stop`
+ *  \param[in] file_version     `File_Version`, by its address
+ *  \param[in] system           `System`
+ *  \param[in] creator          `Creator`
+ *  \param[in] creator_version  `Creator_Version`
+ *  \param[in] creation_date    `Creation_Date`
+ *  \param[out] ierr            the status
  *  \return the status: 0; #KH_WARN_LENGTH at least one value was cut; #KH_ERR_DESCRIPTOR; #KH_ERR_ARGUMENT
  *          null version; #KH_ERR_FORMAT any other failure: the items before it stay written */
 KH_EXPORT long kh_tree_set_fixed_header_items(long* fd, const char* file_name, const char* file_description,
@@ -82,7 +101,21 @@ KH_EXPORT long kh_tree_get_fixed_header_item(long* fd, const char* item, char** 
 /** Reads thirteen items, each behind the one before: an item that is out of order is not found. The twelve
  *  texts are fresh blocks, empty where an item cannot be read; such failures are not reported.
  *  `*file_version` stays as it is where there is no such text, and is 0 where the text is no number.
- *
+ *  \param[in] fd                the document
+ *  \param[out] file_name        `File_Name`
+ *  \param[out] file_description `File_Description`
+ *  \param[out] notes            `Notes`
+ *  \param[out] mission          `Mission`
+ *  \param[out] file_class       `File_Class`
+ *  \param[out] file_type        `File_Type`
+ *  \param[out] validity_start   `Validity_Start`
+ *  \param[out] validity_stop    `Validity_Stop`
+ *  \param[in,out] file_version  `File_Version`
+ *  \param[out] system           `System`
+ *  \param[out] creator          `Creator`
+ *  \param[out] creator_version  `Creator_Version`
+ *  \param[out] creation_date    `Creation_Date`
+ *  \param[out] ierr             the status
  *  \return the status: 0; #KH_ERR_DESCRIPTOR; #KH_ERR_NO_DOCUMENT or #KH_ERR_NO_ROOT, with empty texts;
  *          #KH_ERR_ARGUMENT; #KH_ERR_MEMORY a value is lost, and its text empty or null */
 KH_EXPORT long kh_tree_get_fixed_header_items(long* fd, char** file_name, char** file_description,
@@ -122,13 +155,19 @@ KH_EXPORT long kh_create_filename(const long* sat_id, const char* file_class, co
 KH_EXPORT long kh_read_filename_items(const char* file_name, long* sat_id, char* file_class, char* file_type,
                                       char* instance_id, long* ierr);
 
-/** \return the satellite's id; 400 for an unknown name and for null. Case matters. */
+/** The satellite of a name.
+ *  \param[in] name the name; case matters
+ *  \return the satellite's id; 400 for an unknown name and for null */
 KH_EXPORT long KH_Get_sat_id(const char* name);
 
-/** As KH_Get_sat_id(), for names in capital letters; the argument is not converted. */
+/** The satellite of a name in capital letters.
+ *  \param[in] name the name, which is not converted
+ *  \return as KH_Get_sat_id() */
 KH_EXPORT long KH_Get_sat_id_capital_letters(const char* name);
 
-/** \return the extension type of a satellite's product files: #KH_EXTENSION_KLV or #KH_EXTENSION_EOF */
+/** The extension type of a satellite's product files.
+ *  \param[in] sat_id the satellite
+ *  \return #KH_EXTENSION_KLV or #KH_EXTENSION_EOF, also for an unknown satellite */
 KH_EXPORT long KH_Get_file_extension_type(long sat_id);
 /**@}*/
 

@@ -11,12 +11,12 @@
  *     `ierr` may be null; the status is then only returned.
  *  3. A function that needs a document checks its descriptor first, in this order: a null address reports
  *     #KH_ERR_ARGUMENT, a number outside 0 to 511 #KH_ERR_DESCRIPTOR, an unused slot #KH_ERR_NO_DOCUMENT,
- * and, where it needs a root element, a document without one #KH_ERR_NO_ROOT. "The descriptor checks" below
- *     means these. Functions that have no status word return null or 0 instead.
+ *     and, where it needs a root element, a document without one #KH_ERR_NO_ROOT. "The descriptor checks"
+ *     below means these. Functions that have no status word return null or 0 instead.
  *  4. A null pointer where a text, number or output is needed reports #KH_ERR_ARGUMENT, unless said
- * otherwise.
+ *  otherwise.
  *  5. Texts are UTF-8 and end with a zero byte. Texts and arrays that a call hands out are blocks of
- * `malloc`; the caller releases them with `free`. Texts that a caller hands in stay the caller's.
+ *     `malloc`; the caller releases them with `free`. Texts that a caller hands in stay the caller's.
  *  6. No call throws, ends the process, opens a network connection or depends on the locale.
  *  7. A document is used by one thread at a time. Different documents can be used by different threads.
  *  8. Every failure composes a report: the code's text and one line for each function of the chain of calls.

@@ -18,14 +18,16 @@ KH_EXPORT long kh_strncpy(char** dst, const char* src, long* ierr);
 
 /** Converts the decimal integer at the start of a text, as `strtol` does: leading blanks are skipped and what
  *  follows the number is accepted ("12abc" is 12).
- *  \return the number; 0 where there is none
- *  Status: 0; #KH_ERR_NOT_INTEGER no number; #KH_ERR_RANGE the result is the largest or smallest `long`, also
- *  where the text spells just that; #KH_ERR_ARGUMENT null text */
+ *  \param[in] s     the text
+ *  \param[out] ierr 0; #KH_ERR_NOT_INTEGER no number; #KH_ERR_RANGE the result is the largest or smallest
+ *                   `long`, also where the text spells just that; #KH_ERR_ARGUMENT null text
+ *  \return the number; 0 where there is none */
 KH_EXPORT long kh_string_to_integer(const char* s, long* ierr);
 
 /** Converts the real at the start of a text, as `strtod` does in the "C" locale. A NaN is a number.
- *  \return the number; 0 where there is none; an infinity where it is too large
- *  Status: 0; #KH_ERR_NOT_REAL no number; #KH_ERR_RANGE an infinity; #KH_ERR_ARGUMENT null text */
+ *  \param[in] s     the text
+ *  \param[out] ierr 0; #KH_ERR_NOT_REAL no number; #KH_ERR_RANGE an infinity; #KH_ERR_ARGUMENT null text
+ *  \return the number; 0 where there is none; an infinity where it is too large */
 KH_EXPORT double kh_string_to_real(const char* s, long* ierr);
 
 /** Splits a text. No token is empty: "/a//b/" split at "/" gives "a" and "b".

@@ -5,9 +5,13 @@
 
 #include <kalv/export.h>
 
-/** The version of these headers, as numbers and as text. */
+/** The version of these headers: the first number, which changes with what programs were built on. */
 #define KH_VERSION_MAJOR 4
+/** The second number, which grows with each version. */
 #define KH_VERSION_MINOR 27
+/** Both in one number that can be compared: 4.27 is 4027. */
+#define KH_VERSION_NUMBER (KH_VERSION_MAJOR * 1000 + KH_VERSION_MINOR)
+/** The version as text. */
 #define KH_VERSION_TEXT "4.27"
 
 #ifdef __cplusplus
@@ -25,11 +29,17 @@ extern KH_EXPORT const char KH_Library_compat[1][100];
  *  \return dst */
 KH_EXPORT char* KH_Get_lib_version(char* dst);
 
+/** The version of the library that the program runs with. The headers that it was built with may be older.
+ *  \return its #KH_VERSION_NUMBER: major number * 1000 + minor number */
+KH_EXPORT long KH_Get_lib_version_number(void);
+
 /** The library's compatibility mark.
  *  \return "KH_KH_COMPAT_4.27", inside ::KH_Library_compat; never to be freed or written */
 KH_EXPORT char* KH_Get_compatibility_table(void);
 
 /** Tells whether two texts are equal. Note the sense: callers rely on 1 for equal texts.
+ *  \param[in] a one text
+ *  \param[in] b the other
  *  \return 1 for equal texts, else 0; 0 when either is null */
 KH_EXPORT long KH_strcmp(const char* a, const char* b);
 

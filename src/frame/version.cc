@@ -19,6 +19,11 @@ char* KH_Get_lib_version(char* dst)
     return dst ? std::strcpy(dst, KH_FILE_HANDLING_VERSION) : nullptr;
 }
 
+long KH_Get_lib_version_number(void)
+{
+    return KH_VERSION_NUMBER;
+}
+
 char* KH_Get_compatibility_table(void)
 {
     // The mark is always in the table, so the scan needs no end; callers get a pointer that is not const.

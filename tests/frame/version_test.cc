@@ -28,6 +28,16 @@ TEST(GetLibVersion, FillsThirteenBytesAndReturnsTheBuffer)
     EXPECT_EQ(buffer[13], '#');
 }
 
+TEST(GetLibVersionNumber, IsThatOfTheTextAndOfTheHeaders)
+{
+    char text[14];
+    const long number = KH_Get_lib_version_number();
+    EXPECT_EQ("KH_VERS_" + std::to_string(number / 1000) + "." + std::to_string(number % 1000),
+              KH_Get_lib_version(text));
+    EXPECT_EQ(number, KH_VERSION_NUMBER);
+    EXPECT_EQ(number, 4027);
+}
+
 TEST(GetCompatibilityTable, PointsAtTheMarkInsideTheTable)
 {
     static_assert(sizeof KH_Library_compat == 100, "one row of 100 characters");

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+/** \def KALV_COMMON_EXPORT
+ *  Marks what the shared library shows. */
 #if defined(__GNUC__)
 #define KALV_COMMON_EXPORT __attribute__((visibility("default")))
 #else
@@ -26,8 +28,12 @@ public:
      *  \param[in] codes all codes, which are copied; null: none */
     InternalError(const std::string& name, long code, long subcode, long severity, long count,
                   const long* codes);
+    /** \param[in] other is copied */
     InternalError(const InternalError& other);
+    /** Releases what the error holds, also through a pointer to this class. */
     virtual ~InternalError();
+    /** \param[in] other is copied
+     *  \return this error */
     InternalError& operator=(const InternalError& other);
 
     /** Appends the codes.
@@ -42,12 +48,12 @@ public:
     virtual InternalError* clone() const;
 
 protected:
-    std::string name_;
-    long code_;
-    long subcode_;
-    long severity_;
-    long count_;
-    std::vector<long> codes_;
+    std::string name_;        /**< Where the error was met. */
+    long code_;               /**< The code. */
+    long subcode_;            /**< A second number beside the code. */
+    long severity_;           /**< How grave it is. */
+    long count_;              /**< How many codes were given. */
+    std::vector<long> codes_; /**< All codes. */
 };
 
 } // namespace KALV

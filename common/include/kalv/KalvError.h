@@ -15,8 +15,12 @@ class KALV_COMMON_EXPORT KalvError : public std::runtime_error {
 public:
     /** \param[in] error is cloned, so that what its class knows is kept */
     explicit KalvError(const InternalError& error);
+    /** \param[in] other is copied; the two share the library's error */
     KalvError(const KalvError& other) noexcept;
+    /** Releases its share of the error. */
     ~KalvError() override;
+    /** \param[in] other is copied; the two share the library's error
+     *  \return this error */
     KalvError& operator=(const KalvError& other) noexcept;
 
     /** Appends the error's codes.
