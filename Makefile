@@ -1,11 +1,13 @@
 # The two commands that every newcomer needs, and what else is done often. Each installs what it lacks.
 #   make demo    build, and show the library's main job on real XML
 #   make test    build, and run all tests
+#   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
+#   make package-test   build the Debian packages, install them into a bare folder and use them there
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test build setup docs format clean
+.PHONY: demo test build setup docs abi abi-update package-test format clean
 
 demo: build
 	./build/$(PRESET)/examples/demo /usr/share/X11/xkb/rules/base.xml build/demo_result.xml
@@ -22,9 +24,15 @@ setup:
 
 docs:
 	tools/install_packages doxygen
-	mkdir -p build/docs
-	KALV_VERSION=$$(sed -n 's/^#define KH_VERSION_TEXT "\(.*\)"/\1/p' include/kalv/version.h) doxygen docs/Doxyfile
-	tools/check_reference build/docs/reference.tag tools/exported_symbols.txt include/kalv/status.h
+	tools/make_docs
+
+abi abi-update: build
+	tools/install_packages abigail-tools
+	tools/compare_abi $(if $(findstring update,$@),--update) build/$(PRESET)
+
+package-test:
+	tools/install_packages debhelper doxygen lintian
+	tests/package/packages . build/packages
 
 # Formats all sources.
 format:
