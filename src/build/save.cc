@@ -3,12 +3,14 @@
 // be written to, is written where it stands.
 #include "build/save.h"
 
+#include "frame/system.h"
 #include "tree/cursor.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -25,6 +27,38 @@
 namespace kh {
 
 namespace {
+
+/// For its lifetime the thread's writes fail instead of ending the process: beyond a limit of the file size, or
+/// into a pipe that nobody reads.
+class BlockedSignals {
+public:
+    BlockedSignals() noexcept
+    {
+        sigemptyset(&blocked_);
+        sigset_t pending;
+        sigpending(&pending);
+        for (int signal : {SIGXFSZ, SIGPIPE}) {
+            if (!sigismember(&pending, signal)) // what was there before is not this write's
+                sigaddset(&blocked_, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &blocked_, &previous_);
+    }
+    ~BlockedSignals()
+    {
+        const int error = errno;
+        const timespec at_once{};
+        while (sigtimedwait(&blocked_, nullptr, &at_once) > 0) {
+        }
+        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+        errno = error;
+    }
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+private:
+    sigset_t blocked_;
+    sigset_t previous_;
+};
 
 /// Where bytes go.
 class Output {
@@ -68,12 +102,11 @@ private:
     bool put(const char* data, std::size_t size) noexcept override
     {
         while (size > 0) {
-            const ssize_t count = ::write(fd_, data, size);
-            if (count < 0 && errno != EINTR)
+            const ssize_t count = uninterrupted([&] { return ::write(fd_, data, size); });
+            if (count < 0)
                 return false;
-            const auto taken = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-            data += taken;
-            size -= taken;
+            data += count;
+            size -= static_cast<std::size_t>(count);
         }
         return true;
     }
@@ -257,11 +290,13 @@ bool encoding_holds_names(const xmlDoc* document) noexcept
 /// Opens a file for writing; below 0, and errno, on failure.
 int open_to_write(const std::string& name, int flags) noexcept
 {
-    int fd = -1;
-    do
-        fd = open(name.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666);
-    while (fd < 0 && errno == EINTR);
-    return fd;
+    return uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666); });
+}
+
+/// Whether an errno says that there is no such file. Any other says that nobody can tell.
+bool is_absence(int error) noexcept
+{
+    return error == ENOENT || error == ENOTDIR;
 }
 
 bool close_file(int fd) noexcept
@@ -272,10 +307,7 @@ bool close_file(int fd) noexcept
 /// Puts what was written on the disk, where the file system can do that.
 bool synchronise(int fd) noexcept
 {
-    int result = 0;
-    do
-        result = fsync(fd);
-    while (result < 0 && errno == EINTR);
+    const int result = uninterrupted([&] { return fsync(fd); });
     return result == 0 || errno == EINVAL || errno == ENOTSUP || errno == EROFS;
 }
 
@@ -339,18 +371,20 @@ long save_in_place(xmlDoc* document, const std::string& target) noexcept
     return close_file(fd) ? bytes : -1;
 }
 
-/// The file that a chain of symbolic links leads to, whether it exists or not.
+/// The file that a chain of symbolic links leads to, whether it exists or not; empty where nobody can tell.
 std::string target_of_links(std::string name)
 {
     constexpr int longest_chain = 40;
     for (int links = 0; links < longest_chain; ++links) {
         std::error_code error;
         const std::filesystem::path link = std::filesystem::read_symlink(name, error);
+        if (error == std::errc::invalid_argument || is_absence(error.value()))
+            return name;
         if (error)
             break;
         name = (std::filesystem::path(name).parent_path() / link).string();
     }
-    return name;
+    return {};
 }
 
 long save_to_standard_output(xmlDoc* document) noexcept
@@ -372,11 +406,14 @@ long save(xmlDoc* document, const char* file_name)
 {
     if (!encoding_holds_names(document))
         return -1;
+    const BlockedSignals signals;
     if (std::strcmp(file_name, "-") == 0)
         return save_to_standard_output(document);
     const std::string target = target_of_links(file_name);
     struct stat old;
     const bool exists = stat(target.c_str(), &old) == 0;
+    if (!exists && !is_absence(errno))
+        return -1;
     if (exists && !S_ISREG(old.st_mode))
         return save_in_place(document, target);
     if (exists && access(target.c_str(), W_OK) != 0)

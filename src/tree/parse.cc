@@ -4,6 +4,7 @@
 #include "tree/parse.h"
 
 #include "frame/memory.h"
+#include "frame/system.h"
 
 #include <kalv/status.h>
 
@@ -27,7 +28,8 @@ class Descriptor {
 public:
     explicit Descriptor(const char* file_name) noexcept
         : standard_input_(std::strcmp(file_name, "-") == 0),
-          fd_(standard_input_ ? STDIN_FILENO : open(file_name, O_RDONLY | O_CLOEXEC))
+          fd_(standard_input_ ? STDIN_FILENO
+                              : uninterrupted([&] { return open(file_name, O_RDONLY | O_CLOEXEC); }))
     {
     }
     ~Descriptor()
@@ -43,11 +45,7 @@ public:
     /// As read(2), taken up again after a signal.
     ssize_t read(char* buffer, std::size_t size) const noexcept
     {
-        ssize_t count = 0;
-        do
-            count = ::read(fd_, buffer, size);
-        while (count < 0 && errno == EINTR);
-        return count;
+        return uninterrupted([&] { return ::read(fd_, buffer, size); });
     }
 
 private:

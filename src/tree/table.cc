@@ -8,6 +8,7 @@
 #include "tree/parse.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <iterator>
 #include <libxml/parser.h>
@@ -98,11 +99,24 @@ void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
 }
 
 /// Gives up a slot whose opening failed. The caller's status tells why it failed, so this one is not told.
-void give_up(long fd, const Document* opened) noexcept
+void give_up(long fd, Document* opened) noexcept
 {
     long untold = KH_OK;
     Operation op("kh_tree_cleanup_parser", &untold);
     release(op, fd, opened);
+    if (op.failed()) // a later release finds it
+        opened->opening = false;
+}
+
+/// Makes libxml2 ready, which is done once. Without memory it would lack encodings for good, so that is undone.
+bool initialise_parser() noexcept
+{
+    errno = 0;
+    xmlInitParser();
+    const bool complete = errno != ENOMEM;
+    if (!complete && table_is_empty() && __libc_single_threaded)
+        xmlCleanupParser();
+    return complete;
 }
 
 /// Puts a new record into a free slot; null when there is no memory for it.
@@ -183,11 +197,11 @@ long open(const char* function, const Source& source, long* ierr) noexcept
         op.fail(KH_ERR_LOCK);
         return 0;
     }
-    xmlInitParser();
+    const bool initialised = initialise_parser();
     initGenericErrorDefaultFunc(&handler);
     const long fd = lowest_free_slot();
     const bool full = fd == KH_MAX_DOCUMENTS;
-    Document* document = full || source.is_missing() ? nullptr : reserve(fd);
+    Document* document = full || source.is_missing() || !initialised ? nullptr : reserve(fd);
     if (!lock.unlock()) {
         if (document)
             document->opening = false;
@@ -274,11 +288,11 @@ long kh_tree_create(long* ierr)
         op.fail(KH_ERR_LOCK);
         return 0;
     }
-    xmlInitParser();
+    const bool initialised = kh::initialise_parser();
     // A full table gives 512 here and -1 from kh_tree_init_parser: callers tell them apart.
     const long fd = kh::lowest_free_slot();
     const bool full = fd == KH_MAX_DOCUMENTS;
-    Document* document = full ? nullptr : kh::reserve(fd);
+    Document* document = full || !initialised ? nullptr : kh::reserve(fd);
     if (document) {
         const kh::ParserCall call;
         kh::XmlDocument empty(xmlNewDoc(kh::to_xml("1.0")));

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <libxml/xmlsave.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -451,6 +452,27 @@ TEST(Format, CountsDepthFromTheRootWhereverItStarts)
     kh_tree_traverse_and_format(&document.fd, document.slot()->doc->children, &document.status);
     EXPECT_EQ(document.status, 0);
     EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<!--c-->\n<r><a><b/>\n  </a>\n</r>\n");
+}
+
+TEST_F(Replace, FailsAtTheLimitOfTheFileSizeWithoutEndingTheProcess)
+{
+    Document document("<R>" + std::string(100000, 'x') + "</R>");
+    struct rlimit before;
+    getrlimit(RLIMIT_FSIZE, &before);
+    const struct rlimit limit = {4096, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(write(document), KH_ERR_SAVE);
+    setrlimit(RLIMIT_FSIZE, &before);
+    expect_old_file();
+}
+
+TEST_F(Replace, RefusesALinkToItself)
+{
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("file.xml", file);
+    EXPECT_EQ(write(small), KH_ERR_SAVE);
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_EQ(folder.entries(), 1U);
 }
 
 } // namespace
