@@ -81,10 +81,12 @@ public:
 
     /// True when bytes could not be read, or are not what compressed ones must be.
     bool failed() const noexcept { return failed_; }
+    /// The parser that the bytes go to.
+    void serve(const xmlParserCtxt* parser) noexcept { parser_ = parser; }
     const char* problem() const noexcept { return problem_; }
 
     /// The whole input, where it is a small one that needs no inflating.
-    bool is_in_memory() const noexcept { return ended_ && !compressed_ && end_ <= buffer_size; }
+    bool is_in_memory() const noexcept { return ended_ && !compressed_ && end_ <= small_size; }
     const char* data() const noexcept { return bytes_; }
     int size() const noexcept { return static_cast<int>(end_); }
 
@@ -97,6 +99,8 @@ public:
     {
         auto* input = static_cast<Input*>(self);
         input->call_.note_failures();
+        if (input->parser_ && !input->parser_->wellFormed)
+            return 0; // nothing can mend it any more, and libxml2 takes very long over some of what follows
         const std::size_t room = static_cast<std::size_t>(size);
         const std::size_t count =
             input->compressed_ ? input->inflate_into(bytes, room) : input->copy_into(bytes, room);
@@ -105,6 +109,7 @@ public:
 
 private:
     static constexpr std::size_t buffer_size = 64U << 10;
+    static constexpr std::size_t small_size = 16U << 10;
 
     // What inflates without end is an attack. Real data seldom comes near the largest ratio that there is,
     // 1032.
@@ -198,6 +203,7 @@ private:
 
     const char* problem_ = "compressed bytes are damaged, cut short, or inflate without end";
     ParserCall& call_;
+    const xmlParserCtxt* parser_ = nullptr;
     const Descriptor* file_ = nullptr;
     Block<char> buffer_;
     const char* bytes_;
@@ -284,22 +290,21 @@ bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcep
     if (file_name)
         input->filename = reinterpret_cast<char*>(xmlCanonicPath(to_xml(file_name)));
     inputPush(parser, input);
+    source.serve(parser);
     return true;
 }
 
-/// Keeps what kept the bytes from coming, or the parser's last message and where in the input it was met.
-void describe(const Input& input, const char* file_name, ParseProblem& problem) noexcept
+/// Keeps what kept the bytes from coming, or where in them the first error was met.
+void describe(const Input& input, const ParserCall& call, const char* file_name,
+              ParseProblem& problem) noexcept
 {
     const char* name = file_name ? file_name : "memory";
-    const xmlError* error = xmlGetLastError();
-    if (input.failed() || !error || !error->message) {
-        std::snprintf(problem.text, sizeof problem.text, "%s: %s", name,
-                      input.failed() ? input.problem() : "out of memory");
-        return;
-    }
-    const std::size_t length = std::string_view(error->message).find_last_not_of('\n') + 1;
-    std::snprintf(problem.text, sizeof problem.text, "%s:%d:%d: %.*s", name, error->line, error->int2,
-                  static_cast<int>(length), error->message);
+    if (input.failed())
+        std::snprintf(problem.text, sizeof problem.text, "%s: %s", name, input.problem());
+    else if (*call.fatal_message())
+        std::snprintf(problem.text, sizeof problem.text, "%s:%s", name, call.fatal_message());
+    else
+        std::snprintf(problem.text, sizeof problem.text, "%s: out of memory", name);
 }
 
 /// Parses an input; the file name, which may be null, stands in messages and in the document.
@@ -311,7 +316,7 @@ XmlDocument parse(Input& input, const ParserCall& call, const char* file_name, P
         xmlParseDocument(parser.get());
     if (!attached || !parser->wellFormed || input.failed() || call.out_of_memory() ||
         parser->errNo == XML_ERR_NO_MEMORY) {
-        describe(input, file_name, problem);
+        describe(input, call, file_name, problem);
         return nullptr;
     }
     XmlDocument document(parser->myDoc);

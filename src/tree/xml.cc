@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <string_view>
 
 namespace kh {
 
@@ -13,6 +14,7 @@ ParserCall::ParserCall() noexcept
       structured_context_(xmlStructuredErrorContext)
 {
     errno = 0;
+    fatal_message_[0] = '\0';
     xmlResetLastError();
     xmlSetGenericErrorFunc(this, take_message);
     xmlSetStructuredErrorFunc(nullptr, nullptr);
@@ -36,9 +38,21 @@ bool ParserCall::out_of_memory() const noexcept
     return out_of_memory_ || errno == ENOMEM || last_error_is_memory();
 }
 
+static void describe_fatal_error(const xmlError* error, char* text, std::size_t size) noexcept
+{
+    if (!error || error->level != XML_ERR_FATAL || !error->message)
+        return;
+    const std::size_t length = std::string_view(error->message).find_last_not_of('\n') + 1;
+    std::snprintf(text, size, "%d:%d: %.*s", error->line, error->int2, static_cast<int>(length),
+                  error->message);
+}
+
 void ParserCall::take_message(void* self, const char* format, ...)
 {
-    static_cast<ParserCall*>(self)->note_failures(); // a later message would hide that memory ran out
+    auto* call = static_cast<ParserCall*>(self);
+    call->note_failures(); // a later message would hide that memory ran out
+    if (call->fatal_message_[0] == '\0')
+        describe_fatal_error(xmlGetLastError(), call->fatal_message_, sizeof call->fatal_message_);
     char text[1024];
     va_list arguments;
     va_start(arguments, format);

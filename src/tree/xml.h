@@ -46,6 +46,9 @@ public:
     /// them.
     void note_failures() noexcept { out_of_memory_ = out_of_memory(); }
 
+    /// The first message that no parse survives, as "LINE:COLUMN: MESSAGE"; the empty text if there was none.
+    const char* fatal_message() const noexcept { return fatal_message_; }
+
 private:
     static void take_message(void* self, const char* format, ...);
 
@@ -54,6 +57,7 @@ private:
     xmlStructuredErrorFunc structured_;
     void* structured_context_;
     bool out_of_memory_ = false;
+    char fatal_message_[256];
 };
 
 inline bool is_element(const xmlNode* node) noexcept
