@@ -1,13 +1,14 @@
 # The two commands that every newcomer needs, and what else is done often. Each installs what it lacks.
 #   make demo    build, and show the library's main job on real XML
 #   make test    build, and run all tests
+#   make bench   compare the speed with what users would pick instead; ARGS=--quick for a short run
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
 #   make package-test   build the Debian packages, install them into a bare folder and use them there
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test build setup docs abi abi-update package-test format clean
+.PHONY: demo test bench build setup docs abi abi-update package-test format clean
 
 demo: build
 	./build/$(PRESET)/examples/demo /usr/share/X11/xkb/rules/base.xml build/demo_result.xml
@@ -33,6 +34,14 @@ abi abi-update: build
 package-test:
 	tools/install_packages debhelper doxygen lintian
 	tests/package/packages . build/packages
+
+BENCH := build/bench
+bench:
+	tools/install_packages libbenchmark-dev libpugixml-dev libtinyxml2-dev
+	cmake -S . -B $(BENCH) -G Ninja -D KALV_BENCH=ON -D CMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BENCH)
+	$(BENCH)/bench/allocations
+	$(BENCH)/bench/compare $(ARGS)
 
 # Formats all sources.
 format:
