@@ -416,7 +416,7 @@ long save(xmlDoc* document, const char* file_name)
         return -1;
     if (exists && !S_ISREG(old.st_mode))
         return save_in_place(document, target);
-    if (exists && access(target.c_str(), W_OK) != 0)
+    if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
         return -1;
     Replacement replacement(target);
     if (!replacement.is_open())

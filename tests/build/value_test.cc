@@ -158,13 +158,10 @@ TEST_F(SetValue, PrintsAnyOneConversion)
 
 TEST_F(SetValue, PrintsADecimalPointInEveryLocale)
 {
-    const std::string before = setlocale(LC_NUMERIC, nullptr);
-    if (!setlocale(LC_NUMERIC, "de_DE.UTF-8") && !setlocale(LC_NUMERIC, "fr_FR.UTF-8"))
-        GTEST_SKIP() << "no locale with a decimal comma is installed";
-    const std::string comma = setlocale(LC_NUMERIC, nullptr);
+    const support::CommaLocale locale;
+    ASSERT_TRUE(locale.is_set());
     EXPECT_EQ(set(1.5, "%.2f"), success);
-    EXPECT_EQ(setlocale(LC_NUMERIC, nullptr), comma);
-    setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_TRUE(locale.is_set()) << "the process locale stays";
     EXPECT_EQ(value(), "1.50");
 }
 

@@ -322,23 +322,22 @@ TEST_F(Replace, MakesTheFileThatADanglingLinkNames)
 TEST_F(Replace, RefusesAFileWithoutWritePermission)
 {
     ASSERT_EQ(chmod(file.c_str(), 0444), 0);
-    if (access(file.c_str(), W_OK) == 0)
-        GTEST_SKIP() << "root may write every file";
+    ASSERT_EQ(chmod(folder.path("").c_str(), 0777), 0);
+    const support::Unprivileged user;
     EXPECT_EQ(write(small), KH_ERR_SAVE);
     expect_old_file();
 }
 
 TEST_F(Replace, WritesInPlaceWhereTheFolderTakesNoNewFile)
 {
-    const std::string parent = std::filesystem::path(file).parent_path().string();
-    ASSERT_EQ(chmod(parent.c_str(), 0555), 0);
-    const bool writable = access(parent.c_str(), W_OK) == 0;
-    const long code = writable ? 0L : write(small);
-    chmod(parent.c_str(), 0755);
-    if (writable)
-        GTEST_SKIP() << "root may write every folder";
-    EXPECT_EQ(code, KH_OK);
+    ASSERT_EQ(chmod(file.c_str(), 0666), 0);
+    ASSERT_EQ(chmod(folder.path("").c_str(), 0555), 0);
+    {
+        const support::Unprivileged user;
+        EXPECT_EQ(write(small), KH_OK);
+    }
     expect_new_file();
+    chmod(folder.path("").c_str(), 0755);
 }
 
 TEST_F(Replace, LeavesTheOldFileWhenTheDiskIsFull)

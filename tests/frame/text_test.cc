@@ -173,17 +173,11 @@ TEST(StringToReal, RefusesAnInfinity)
 
 TEST(StringToReal, KeepsToThePointInALocaleWithADecimalComma)
 {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    const char* comma = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "it_IT.UTF-8"})
-        comma = comma ? comma : std::setlocale(LC_NUMERIC, name);
-    if (!comma)
-        GTEST_SKIP() << "no locale with a decimal comma is installed";
-    const std::string chosen = comma;
+    const support::CommaLocale locale;
+    ASSERT_TRUE(locale.is_set());
     EXPECT_EQ(kh_string_to_real("1.5", nullptr), 1.5);
     EXPECT_EQ(kh_string_to_real("1,5", nullptr), 1.0);
-    EXPECT_EQ(std::setlocale(LC_NUMERIC, nullptr), chosen) << "the process locale stays";
-    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_TRUE(locale.is_set()) << "the process locale stays";
 }
 
 TEST(Conversions, RefuseANullText)

@@ -1,7 +1,9 @@
 #include "support/support.h"
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -145,6 +147,40 @@ std::string Document::written()
 std::string debian_file(const std::string& path)
 {
     return std::filesystem::exists(path) ? path : std::string();
+}
+
+CommaLocale::CommaLocale()
+{
+    // Made here, since machines have the locales that their owners speak.
+    const std::string name = folder_.path("de_DE.UTF-8");
+    if (std::system(("localedef -i de_DE -f UTF-8 '" + name + "'").c_str()) == 0) {
+        setenv("LOCPATH", std::filesystem::path(name).parent_path().c_str(), 1);
+        setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    }
+}
+
+CommaLocale::~CommaLocale()
+{
+    setlocale(LC_NUMERIC, "C");
+    unsetenv("LOCPATH");
+}
+
+bool CommaLocale::is_set() const
+{
+    return std::strcmp(localeconv()->decimal_point, ",") == 0;
+}
+
+Unprivileged::Unprivileged() : effective_user_(geteuid())
+{
+    constexpr uid_t nobody = 65534;
+    if (effective_user_ == 0 && seteuid(nobody) != 0)
+        ADD_FAILURE() << "the superuser cannot become anybody else";
+}
+
+Unprivileged::~Unprivileged()
+{
+    if (geteuid() != effective_user_ && seteuid(effective_user_) != 0)
+        ADD_FAILURE() << "the superuser is lost";
 }
 
 } // namespace support

@@ -88,6 +88,32 @@ struct Text {
     std::string string() const { return value ? value : "(null)"; }
 };
 
+/// A process locale whose numbers have a decimal comma, as long as it lives.
+class CommaLocale {
+public:
+    CommaLocale();
+    ~CommaLocale();
+    CommaLocale(const CommaLocale&) = delete;
+    CommaLocale& operator=(const CommaLocale&) = delete;
+    /// True when it could be made and no call has changed it since.
+    bool is_set() const;
+
+private:
+    TemporaryFolder folder_;
+};
+
+/// As long as it lives, the process may do no more than any user: permissions hold for the superuser, too.
+class Unprivileged {
+public:
+    Unprivileged();
+    ~Unprivileged();
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+
+private:
+    unsigned effective_user_;
+};
+
 /// A file of Debian's that nobody here wrote; skips the test when it is not installed.
 std::string debian_file(const std::string& path);
 
