@@ -70,6 +70,16 @@ public:
      *  \param[in] name the file, see kh_tree_init_parser() */
     void read(const std::string& name);
 
+    /** Reads a document that stands in memory, plain or compressed with gzip; else as read(). The object has
+     *  no file name then.
+     *  \param[in] data the bytes of a file */
+    void readMemory(const std::string& data);
+
+    /** The document as write() would save it, never compressed; the cursor stays, and so does the document
+     *  after a failure. Throws as write().
+     *  \return the bytes of the file */
+    std::string toString();
+
     /** Saves the document to the file that was read last; the cursor stays. Throws #KH_ERR_SAVE, or
      *  #KH_ERR_CREATE_NODE and #KH_ERR_ADD_SIBLING when its indentation failed. After a failure the object
      *  holds no document; the document stays in the table, where kh_tree_write() can still save it: keep

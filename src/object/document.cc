@@ -122,6 +122,22 @@ void XmlFile::read(const std::string& name)
     file_name_ = std::move(copy);
 }
 
+void XmlFile::readMemory(const std::string& data)
+{
+    open("XmlFile::readMemory", descriptor_, [&](long* status) {
+        return kh_tree_init_memory(data.data(), static_cast<long>(data.size()), status);
+    });
+    file_name_.clear();
+}
+
+std::string XmlFile::toString()
+{
+    kh::Received<char*> data;
+    long size = 0;
+    call("XmlFile::toString", kh_tree_write_memory, &descriptor_, data.address(), &size);
+    return {*data.address(), static_cast<std::size_t>(size)}; // some encodings have zero bytes
+}
+
 long XmlFile::write()
 {
     return write(file_name_);

@@ -46,8 +46,38 @@ void FileHandlingFunc::setSilent()
 
 } // namespace KALV
 
+namespace kh {
+
+namespace {
+
+/// The thread's last report without the text that it begins with.
+std::string details_behind(const std::string& message)
+{
+    std::string report(static_cast<std::size_t>(KH_last_report(nullptr, 0)) + 1, '\0');
+    KH_last_report(report.data(), static_cast<long>(report.size()));
+    report.pop_back();
+    return report.compare(0, message.size(), message) == 0 ? report.substr(message.size()) : "\n" + report;
+}
+
+/// The error as it is made into an exception, whose what() is to hold the code and the report. What the
+/// exception keeps is a plain FileHandlingError, whose messages are two.
+class ReportedError final : public KALV::FileHandlingError {
+public:
+    using FileHandlingError::FileHandlingError;
+
+    void getMsg(std::vector<std::string>& messages) const override
+    {
+        FileHandlingError::getMsg(messages);
+        const std::string details = details_behind(messages.back());
+        messages.back() += " (" + std::to_string(code_) + ")" + details;
+    }
+};
+
+} // namespace
+
+} // namespace kh
+
 void kh::throw_error(const char* method, long code)
 {
-    const KALV::FileHandlingError error(method, 0, &code);
-    throw KALV::KalvError(error);
+    throw KALV::KalvError(ReportedError(method, 0, &code));
 }

@@ -360,4 +360,36 @@ TEST_F(XmlFileLife, LivesInContainersAndResults)
     EXPECT_EQ(taken_slots(), before);
 }
 
+TEST_F(XmlFileLife, IsReadFromMemoryAndHandedOutAsAString)
+{
+    const std::string bytes = "<?xml version=\"1.0\"?>\n<R>\n  <A>1</A>\n</R>\n";
+    file.readMemory(bytes);
+    EXPECT_EQ(file.getFileName(), "");
+    EXPECT_EQ(file.getPathValueAsInt("/R/A"), 1);
+    EXPECT_EQ(file.toString(), bytes);
+}
+
+TEST_F(XmlFileLife, InAnEncodingWithZeroBytesIsHandedOutWhole)
+{
+    file.readMemory(std::string("\xff\xfe<\0R\0/\0>\0", 10));
+    KALV::XmlFile again;
+    again.readMemory(file.toString());
+    EXPECT_EQ(again.currentElementName(), "R");
+}
+
+TEST_F(XmlFileLife, FromBadMemoryLeavesNoDocument)
+{
+    EXPECT_EQ(thrown_by([&] { file.readMemory("<R>"); }), (Thrown{"XmlFile::readMemory", KH_ERR_PARSE}));
+    EXPECT_EQ(file.getId(), -1);
+    EXPECT_EQ(thrown_by([&] { file.toString(); }), (Thrown{"XmlFile::toString", KH_ERR_DESCRIPTOR}));
+    try {
+        file.readMemory("<R>");
+    } catch (const KALV::KalvError& error) {
+        EXPECT_STREQ(error.what(),
+                     "XmlFile::readMemory: KH: Error while parsing a file (-4)"
+                     "\n\tFunction: kh_tree_init_memory\n\tmemory:1:4: Premature end of data in "
+                     "tag R line 1");
+    }
+}
+
 } // namespace

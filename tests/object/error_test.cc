@@ -108,7 +108,8 @@ TEST(Failure, IsThrownWithTheMethodsNameAndTheCodesText)
         error.getMsg(messages);
         EXPECT_EQ(codes, Codes{-21});
         EXPECT_EQ(messages, (Messages{"XmlFile::root", "KH: File descriptor out of range"}));
-        EXPECT_STREQ(error.what(), "XmlFile::root: KH: File descriptor out of range");
+        EXPECT_STREQ(error.what(), "XmlFile::root: KH: File descriptor out of range (-21)"
+                                   "\n\tFunction: kh_tree_rewind");
         return;
     }
     FAIL() << "nothing thrown";
