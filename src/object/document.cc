@@ -62,21 +62,6 @@ long call_or_let_go(const char* method, long& descriptor, Function function, con
     return status;
 }
 
-/// What kh_tree_get_path() does, for a path of any length.
-long get_path(const long* fd, std::string* path, long* ierr)
-{
-    kh::Operation op("kh_tree_get_path", ierr);
-    kh::Document* document = document_with_root(op, fd);
-    if (!document)
-        return op.status();
-    if (!document->current)
-        return op.fail(KH_ERR_NO_CURRENT);
-    if (!kh::is_element(document->current))
-        return op.fail(KH_ERR_NOT_ELEMENT);
-    op.guarded([&] { *path = path_of(*document, document->current); });
-    return op.status();
-}
-
 } // namespace
 
 namespace KALV {
@@ -210,7 +195,7 @@ std::string XmlFile::currentElementName() const
 std::string XmlFile::currentPathName() const
 {
     std::string path;
-    call("XmlFile::currentPathName", get_path, &descriptor_, &path);
+    call("XmlFile::currentPathName", kh::get_path, &descriptor_, &path);
     return path;
 }
 

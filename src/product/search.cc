@@ -68,19 +68,6 @@ std::size_t array_mark(std::string_view path) noexcept
     return bracket + 1;
 }
 
-using Search = decltype(find_string_value_element);
-
-/// Runs a search for a caller who provides the room.
-long copy_path_found(Search* search, long* fd, const char* where, const char* value, char* path,
-                     long* ierr) noexcept
-{
-    std::string found;
-    const long status = search(fd, where, value, path ? &found : nullptr, ierr);
-    if (path && status == KH_OK)
-        std::strcpy(path, found.c_str());
-    return status;
-}
-
 } // namespace
 
 long find_string_value_element(long* fd, const char* element_name, const char* value, std::string* path,
@@ -103,8 +90,8 @@ long find_string_value_element(long* fd, const char* element_name, const char* v
         if (std::strcmp(text, value) == 0)
             break;
     }
-    op.guarded([&] { *path = path_of(*document, document->current); });
-    return op.status();
+    get_path(fd, path, op.error_vector());
+    return op.failed() ? op.pass_on() : op.status();
 }
 
 long find_string_value_path(long* fd, const char* array_path, const char* value, std::string* path,
@@ -137,11 +124,15 @@ long find_string_value_path(long* fd, const char* array_path, const char* value,
 long kh_tree_find_string_value_element(long* fd, const char* element_name, const char* value, char* path,
                                        long* ierr)
 {
-    return kh::copy_path_found(kh::find_string_value_element, fd, element_name, value, path, ierr);
+    return kh::written_into(path, [&](std::string* found) {
+        return kh::find_string_value_element(fd, element_name, value, found, ierr);
+    });
 }
 
 long kh_tree_find_string_value_path(long* fd, const char* array_path, const char* value, char* path,
                                     long* ierr)
 {
-    return kh::copy_path_found(kh::find_string_value_path, fd, array_path, value, path, ierr);
+    return kh::written_into(path, [&](std::string* found) {
+        return kh::find_string_value_path(fd, array_path, value, found, ierr);
+    });
 }

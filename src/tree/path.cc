@@ -194,21 +194,9 @@ xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) 
                              : walk(fd, document, document.current, 0, end, op);
 }
 
-} // namespace
-
-const char* attribute_name(const Document& document) noexcept
-{
-    return document.stack_name[document.stack_count - 1] + 1;
-}
-
-bool has_array_node(const Document& document) noexcept
-{
-    return document.array_position != -1;
-}
-
 /// The segment of an element in a path: its name, and its index where it has siblings of that name. Where
 /// they are many, the index of children saves counting them each time.
-static std::string segment_of(Document& document, xmlNode* element)
+std::string segment_of(Document& document, xmlNode* element)
 {
     const char* name = from_xml(element->name);
     long total = 0;
@@ -223,6 +211,7 @@ static std::string segment_of(Document& document, xmlNode* element)
     return "/" + std::string(name) + (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
 }
 
+/// The absolute path of an element below the root. May throw std::bad_alloc.
 std::string path_of(Document& document, xmlNode* element)
 {
     // Written from the end, so that a step up appends to it.
@@ -234,6 +223,34 @@ std::string path_of(Document& document, xmlNode* element)
         reversed.append(segment.rbegin(), segment.rend());
     }
     return "/" + std::string(from_xml(document.root->name)).append(reversed.rbegin(), reversed.rend());
+}
+
+} // namespace
+
+const char* attribute_name(const Document& document) noexcept
+{
+    return document.stack_name[document.stack_count - 1] + 1;
+}
+
+bool has_array_node(const Document& document) noexcept
+{
+    return document.array_position != -1;
+}
+
+long get_path(const long* fd, std::string* path, long* ierr) noexcept
+{
+    Operation op("kh_tree_get_path", ierr);
+    Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!path)
+        return op.null_argument();
+    if (!document->current)
+        return op.fail(KH_ERR_NO_CURRENT);
+    if (!is_element(document->current))
+        return op.fail(KH_ERR_NOT_ELEMENT);
+    op.guarded([&] { *path = path_of(*document, document->current); });
+    return op.status();
 }
 
 } // namespace kh
@@ -329,16 +346,5 @@ xmlNode* kh_tree_go_to_stack_from_array_node(long* fd, long* ierr)
 
 long kh_tree_get_path(long* fd, char* out, long* ierr)
 {
-    Operation op("kh_tree_get_path", ierr);
-    Document* document = document_with_root(op, fd);
-    if (!document)
-        return op.status();
-    if (!out)
-        return op.null_argument();
-    if (!document->current)
-        return op.fail(KH_ERR_NO_CURRENT);
-    if (!kh::is_element(document->current))
-        return op.fail(KH_ERR_NOT_ELEMENT);
-    op.guarded([&] { std::strcpy(out, path_of(*document, document->current).c_str()); });
-    return op.status();
+    return kh::written_into(out, [&](std::string* path) { return kh::get_path(fd, path, ierr); });
 }

@@ -4,6 +4,7 @@
 
 #include "tree/cursor.h"
 
+#include <cstring>
 #include <string>
 
 namespace kh {
@@ -14,8 +15,19 @@ const char* attribute_name(const Document& document) noexcept;
 /// True when the last path has a node written "[*]".
 bool has_array_node(const Document& document) noexcept;
 
-/// The absolute path of an element below the root. May throw std::bad_alloc.
-std::string path_of(Document& document, xmlNode* element);
+/// What kh_tree_get_path() does, for a path of any length. A null `path` is a missing output.
+long get_path(const long* fd, std::string* path, long* ierr) noexcept;
+
+/// Runs a call that writes a path into a string, for a caller who provides the room instead.
+template <class Call>
+long written_into(char* room, Call call) noexcept
+{
+    std::string path;
+    const long status = call(room ? &path : nullptr);
+    if (room && status == KH_OK)
+        std::strcpy(room, path.c_str());
+    return status;
+}
 
 } // namespace kh
 
