@@ -108,10 +108,12 @@ void XmlFile::getPathArrayAsString(const std::string& path, std::vector<std::str
 void XmlFile::getStringValuesFromList(const std::string& listPath, const std::string& item,
                                       std::vector<std::string>& values)
 {
+    // With a copy of the name, which may lie in the vector that grows.
+    const auto next_value = [this, item] { return getElementValueAsString(item); };
     toPath(listPath);
     const long count = getAttributeValueAsInt(currentElementName(), "count");
     for (long i = 0; i < count; ++i)
-        values.push_back(getElementValueAsString(item));
+        values.push_back(next_value());
 }
 
 std::string XmlFile::findValueInElement(const std::string& element, const std::string& value)

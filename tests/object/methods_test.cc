@@ -152,6 +152,63 @@ TEST_P(MethodWithTexts, RefusesAZeroByteRatherThanCutTheText)
 
 INSTANTIATE_TEST_SUITE_P(Every, MethodWithTexts, testing::ValuesIn(text_methods), test_name);
 
+/// The methods that walk a path; each is called with one that meets the root on its way to "/R/b".
+const Method path_methods[] = {
+    {"toPath", [](XmlFile& file, const std::string& path) { file.toPath(path); }},
+    {"getPathValueAsString", [](XmlFile& file, const std::string& path) { file.getPathValueAsString(path); }},
+    {"getPathArrayAsString",
+     [](XmlFile& file, const std::string& path) { file.getPathArrayAsString(path + "[*]", texts); }},
+    {"findValueInPath",
+     [](XmlFile& file, const std::string& path) { file.findValueInPath(path + "[*]", "1"); }},
+    {"addChild", [](XmlFile& file, const std::string& path) { file.addChild(path, "a"); }},
+    {"addChild", [](XmlFile& file, const std::string& path) { file.addChild(path, "a", "value"); }},
+    {"addAttribute", [](XmlFile& file, const std::string& path) { file.addAttribute(path, "a"); }},
+    {"removeNode", [](XmlFile& file, const std::string& path) { file.removeNode(path); }},
+    {"setValue", [](XmlFile& file, const std::string& path) { file.setValue(path, "text"); }},
+    {"setValue", [](XmlFile& file, const std::string& path) { file.setValue(path, 1); }},
+    {"setValue", [](XmlFile& file, const std::string& path) { file.setValue(path, 1.0); }},
+};
+
+class MethodOnAPath : public object::ObjectTest, public testing::WithParamInterface<Method> {};
+
+TEST_P(MethodOnAPath, ThrowsTheWarningThatItMetTheRoot)
+{
+    read("<R><b>1</b></R>");
+    file.toPath("/R/b");
+    EXPECT_EQ(thrown_by([&] { GetParam().call(file, "../../b"); }),
+              (Thrown{full_name(GetParam()), KH_WARN_ROOT_REACHED}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, MethodOnAPath, testing::ValuesIn(path_methods), test_name);
+
+// What follows the walk starts with a clean status here, which callers rely on.
+TEST(SiblingsOfAPath, AreAddedWithoutTheWarningThatItMetTheRoot)
+{
+    const support::TemporaryFolder folder;
+    XmlFile file(folder.file("document.xml", "<R><b/></R>"));
+    EXPECT_EQ(thrown_by([&] { file.addNext("../b", "c"); }), nothing);
+    file.root();
+    EXPECT_EQ(thrown_by([&] { file.addPrevious("../b", "a"); }), nothing);
+    EXPECT_EQ(file.currentPathName(), "/R/a");
+}
+
+TEST(NumbersOnAPath, AreReadWithoutTheWarningThatItMetTheRoot)
+{
+    const support::TemporaryFolder folder;
+    XmlFile file(folder.file("document.xml", "<R><b>1</b><b>2</b></R>"));
+    EXPECT_EQ(file.getPathValueAsInt("../b[2]"), 2);
+    file.root();
+    EXPECT_EQ(file.getPathValueAsReal("../b[2]"), 2.0);
+    std::vector<long> read_integers;
+    file.root();
+    file.getPathArrayAsInt("../b[*]", read_integers);
+    EXPECT_EQ(read_integers, (std::vector<long>{1, 2}));
+    std::vector<double> read_reals;
+    file.root();
+    file.getPathArrayAsReal("../b[*]", read_reals);
+    EXPECT_EQ(read_reals, (std::vector<double>{1.0, 2.0}));
+}
+
 TEST(OtherMethodsWithTexts, RefuseAZeroByte)
 {
     const object::SlotCount slots;
@@ -165,6 +222,22 @@ TEST(OtherMethodsWithTexts, RefuseAZeroByte)
               (Thrown{"XmlFile::createFileName", KH_ERR_ARGUMENT}));
     EXPECT_EQ(thrown_by([&] { file.getFileNameItems(name); }),
               (Thrown{"XmlFile::getFileNameItems", KH_ERR_ARGUMENT}));
+}
+
+TEST(MethodsOfTwoSteps, ThrowTheWarningOfTheStepThatMetIt)
+{
+    const support::TemporaryFolder folder;
+    XmlFile file(folder.file("document.xml", "<R><b count=\"0\"/></R>"));
+    const std::string long_text(600, 'x');
+    const Thrown cut{"XmlFile::setValue", KH_WARN_LENGTH};
+    EXPECT_EQ(thrown_by([&] { file.getStringValuesFromList("../b", "a", texts); }),
+              (Thrown{"XmlFile::toPath", KH_WARN_ROOT_REACHED}));
+    EXPECT_EQ(thrown_by([&] { file.addChild("/R", "c", long_text); }), cut);
+    EXPECT_EQ(thrown_by([&] { file.addNext("/R/c", "d", long_text); }), cut);
+    EXPECT_EQ(thrown_by([&] { file.addPrevious("/R/c", "e", long_text); }), cut);
+    EXPECT_EQ(thrown_by([&] { file.addAttribute("/R/c", "f", long_text); }), cut);
+    for (const char* path : {"/R/c", "/R/d", "/R/e", "/R/c/@f"})
+        EXPECT_EQ(file.getPathValueAsString(path), std::string(510, 'x')) << path;
 }
 
 TEST(MethodsOfTwoSteps, ThrowUnderTheNameOfTheStepThatFailed)

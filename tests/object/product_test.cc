@@ -176,6 +176,21 @@ TEST_F(XmlFileHeader, TellsWhyAnItemCannotBeWrittenOrRead)
               (Thrown{"XmlFile::setFixedHeaderItems", KH_ERR_FORMAT}));
 }
 
+// All items are written, the cut one with what fits.
+TEST_F(XmlFileHeader, ThrowsTheWarningOfAnItemThatWasCut)
+{
+    FixedHeader header = filled(0);
+    header.notes = std::string(600, 'x');
+    EXPECT_EQ(thrown_by([&] { file.createHeader(header); }),
+              (Thrown{"XmlFile::createHeader", KH_WARN_LENGTH}));
+    EXPECT_EQ(thrown_by([&] {
+                  file.setFixedHeaderItems("", "", header.notes, "", "", "", "", "", 1, "", "", "", "last");
+              }),
+              (Thrown{"XmlFile::setFixedHeaderItems", KH_WARN_LENGTH}));
+    EXPECT_EQ(file.getFixedHeader().notes, std::string(510, 'x'));
+    EXPECT_EQ(file.getFixedHeader().creationDate, "                   last");
+}
+
 TEST_F(XmlFileHeader, LeavesElementsOfOtherNamesAlone)
 {
     read("<R><Other>left alone</Other></R>");

@@ -266,6 +266,16 @@ TEST_F(XmlFileList, ReadsAsManyItemsAsItCounts)
     EXPECT_EQ(file.currentPathName(), "/R/List/Item[2]");
 }
 
+// The name may be one of the texts in the vector, which moves when it grows.
+TEST_F(XmlFileList, ReadsTheNameBeforeTheVectorGrows)
+{
+    read("<R><List count=\"3\"><Item>1</Item><Item>2</Item><Item>3</Item></List></R>");
+    items = {"Item"};
+    items.shrink_to_fit();
+    EXPECT_EQ(listed("/R/List", items.front()), nothing);
+    EXPECT_EQ(items, (Texts{"Item", "1", "2", "3"}));
+}
+
 TEST_F(XmlFileList, AppendsNothingForACountBelowOne)
 {
     read("<R><List count=\"0\"><Item>1</Item></List><List count=\"-1\"><Item>1</Item></List></R>");
