@@ -68,9 +68,10 @@ xmlNs* namespace_of(xmlNode* element, const char* name, const xmlChar*& local_na
 }
 
 /// A URI as libxml2 keeps it in declarations, which it writes without escaping anything.
-XmlText escaped_uri(std::string_view uri) noexcept
+XmlText escaped_uri(std::string_view uri, std::string_view special) noexcept
 {
-    const auto escapes = std::count_if(uri.begin(), uri.end(), [](char c) { return c == '&' || c == '<'; });
+    const auto is_special = [special](char c) { return special.find(c) != std::string_view::npos; };
+    const auto escapes = std::count_if(uri.begin(), uri.end(), is_special);
     constexpr std::string_view ampersand = "&#38;";
     constexpr std::string_view less = "&#60;";
     const std::size_t size = uri.size() + static_cast<std::size_t>(escapes) * (ampersand.size() - 1);
@@ -79,9 +80,21 @@ XmlText escaped_uri(std::string_view uri) noexcept
         return nullptr;
     char* end = reinterpret_cast<char*>(text.get());
     for (const char& c : uri)
-        end += (c == '&' ? ampersand : c == '<' ? less : std::string_view(&c, 1)).copy(end, ampersand.size());
+        end += (!is_special(c) ? std::string_view(&c, 1)
+                : c == '&'     ? ampersand
+                               : less)
+                   .copy(end, ampersand.size());
     *end = '\0';
     return text;
+}
+
+bool replace_uri(xmlNs* declaration, XmlText uri) noexcept
+{
+    if (!uri)
+        return false;
+    xmlFree(const_cast<xmlChar*>(declaration->href));
+    declaration->href = uri.release();
+    return true;
 }
 
 } // namespace
@@ -106,11 +119,16 @@ xmlNs* declaration_written(const xmlNode* element, const char* name) noexcept
 
 bool set_uri(xmlNs* declaration, const char* uri) noexcept
 {
-    XmlText escaped = escaped_uri(uri);
-    if (!escaped)
-        return false;
-    xmlFree(const_cast<xmlChar*>(declaration->href));
-    declaration->href = escaped.release();
+    return replace_uri(declaration, escaped_uri(uri, "&<"));
+}
+
+bool escape_declarations(const xmlNode* element) noexcept
+{
+    for (xmlNs* declaration = element->nsDef; declaration; declaration = declaration->next) {
+        const char* uri = declaration->href ? from_xml(declaration->href) : "";
+        if (std::strchr(uri, '<') && !replace_uri(declaration, escaped_uri(uri, "<")))
+            return false;
+    }
     return true;
 }
 

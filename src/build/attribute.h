@@ -24,6 +24,10 @@ bool set_attribute_in(xmlNode* element, xmlNs* space, const char* local_name, co
 /// Overwrites the URI of a namespace declaration in place.
 bool set_uri(xmlNs* declaration, const char* uri) noexcept;
 
+/// Makes the namespace URIs that an element declares fit to be written: the parser leaves a "<" in them, and the
+/// serialiser writes it as it stands, which no parser reads. \return false when memory runs out
+bool escape_declarations(const xmlNode* element) noexcept;
+
 } // namespace kh
 
 #endif

@@ -1,4 +1,5 @@
 // Completing the indentation of a document, and writing it.
+#include "build/attribute.h"
 #include "build/indentation.h"
 #include "build/save.h"
 #include "tree/cursor.h"
@@ -22,6 +23,14 @@ bool indent_closing_tag(xmlNode* last_child, long depth, Operation& op) noexcept
     return !op.failed();
 }
 
+/// What is to be done at each node before what is below it.
+bool prepare(const xmlNode* node, Operation& op) noexcept
+{
+    if (is_element(node) && node->nsDef && !escape_declarations(node))
+        op.fail(KH_ERR_MEMORY);
+    return !op.failed();
+}
+
 /// Walks the siblings from `node` on, each after all that is below it. An element that a text follows gets
 /// nothing, so that a second pass adds nothing.
 void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
@@ -31,9 +40,13 @@ void format_siblings(const Document& document, xmlNode* node, Operation& op) noe
     for (;;) {
         if (node == document.root) // reached from a comment before it
             depth = 0;
+        if (!prepare(node, op))
+            return;
         while (xmlNode* child = first_child(node)) {
             node = child;
             ++depth;
+            if (!prepare(node, op))
+                return;
         }
         for (;;) {
             if (is_element(node) && !node->next) {

@@ -474,4 +474,12 @@ TEST_F(Replace, RefusesALinkToItself)
     EXPECT_EQ(folder.entries(), 1U);
 }
 
+TEST(Write, EscapesWhatTheParserLeavesInADeclaration)
+{
+    Document document("<r xmlns='a&lt;b&amp;c'><p:s xmlns:p='&lt;'/></r>");
+    const std::string bytes = document.written();
+    EXPECT_EQ(bytes, "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#60;b&#38;c\"><p:s xmlns:p=\"&#60;\"/>\n</r>\n");
+    EXPECT_EQ(Document(bytes).written(), bytes);
+}
+
 } // namespace
