@@ -317,17 +317,21 @@ public:
      *  and #KH_WARN_LENGTH the text was cut to 510 bytes; #KH_ERR_FORMAT; #KH_ERR_NOT_ELEMENT;
      *  #KH_ERR_ARGUMENT the text is not UTF-8, or XML forbids it.
      *  \param[in] path the path
-     *  \param[in] value a text, or any integer or floating number, which is taken as `long` or `double`
+     *  \param[in] value a text; an integer or enumerator of any type, which is taken as `long`; or a floating
+     *      number, which is taken as `double`
      *  \param[in] format the format that prints the value, see kh_tree_set_string_node_value(); empty:
      *      "%s", "%d" or "%#lf". Give "%ld" for integers beyond 32 bits, of which "%d" prints the low
      *      half. */
     void setValue(const std::string& path, const std::string& value, const std::string& format = {});
     void setValue(const std::string& path, long value, const std::string& format = {});
     void setValue(const std::string& path, double value, const std::string& format = {});
-    template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+    template <class Number,
+              std::enable_if_t<std::is_arithmetic_v<Number> ||
+                                   (std::is_enum_v<Number> && std::is_convertible_v<Number, long>),
+                               int> = 0>
     void setValue(const std::string& path, Number value, const std::string& format = {})
     {
-        setValue(path, static_cast<std::conditional_t<std::is_integral_v<Number>, long, double>>(value),
+        setValue(path, static_cast<std::conditional_t<std::is_floating_point_v<Number>, double, long>>(value),
                  format);
     }
     /**@}*/

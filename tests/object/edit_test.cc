@@ -187,6 +187,16 @@ TEST_F(XmlFileSetValue, TakesAnyIntegerType)
     EXPECT_EQ(set(std::numeric_limits<unsigned long>::max(), "%lu"), "18446744073709551615");
 }
 
+// Numbers of the C interface are enumerators.
+TEST_F(XmlFileSetValue, TakesEnumerators)
+{
+    enum { third = 3 };
+    EXPECT_EQ(set(KH_EXTENSION_EOF), "4");
+    EXPECT_EQ(set(third, "%03ld"), "003");
+    file.addAttribute("/R/a", "type", KH_EXTENSION_HDR);
+    EXPECT_EQ(file.getPathValueAsInt("/R/a/@type"), 1);
+}
+
 TEST_F(XmlFileSetValue, TakesAnyFloatingType)
 {
     EXPECT_EQ(set(2.0), "2.000000");
