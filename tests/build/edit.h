@@ -3,6 +3,7 @@
 #define KALV_TESTS_BUILD_EDIT_H
 
 #include "support/outcome.h"
+#include "support/plain.h"
 
 #include <csignal>
 #include <libxml/parser.h>
@@ -75,20 +76,9 @@ private:
     void (*handler_)(int);
 };
 
-using PlainDocument = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
-
-/// A text read by libxml2 alone, entities substituted; null if it is not well-formed.
-inline PlainDocument read_plainly(const std::string& xml)
-{
-    constexpr int options =
-        XML_PARSE_NOENT | XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-    return {xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, options), xmlFreeDoc};
-}
-
-inline std::string text_of(const xmlChar* text)
-{
-    return text ? reinterpret_cast<const char*>(text) : "(null)";
-}
+using support::PlainDocument;
+using support::read_plainly;
+using support::text_of;
 
 inline bool contains(const std::string& text, const std::string& part)
 {

@@ -1,10 +1,10 @@
 // Random trees, built through the library beside a model of their own: what is written is what the model
 // says, libxml2 reads it back as the model, and a second write adds nothing.
 #include "build/edit.h"
+#include "support/random_input.h"
 
 #include <algorithm>
 #include <memory>
-#include <random>
 #include <vector>
 
 namespace {
@@ -157,20 +157,9 @@ public:
     Element root{"root"};
 
 private:
-    std::size_t below(std::size_t end)
-    {
-        return std::uniform_int_distribution<std::size_t>(0, end - 1)(random_);
-    }
+    std::size_t below(std::size_t end) { return random_.below(end); }
     std::string any_name() { return std::string(1, "abc"[below(3)]); }
-    std::string any_text(std::size_t shortest)
-    {
-        static const char* const pieces[] = {"x", "yz", " ", "\n",       "\t",           "\r",  "&",  "<",
-                                             ">", "\"", "'", "\xc3\xa9", "\xe2\x82\xac", "]]>", "amp"};
-        std::string text;
-        for (std::size_t i = 0, count = shortest + below(8); i < count; ++i)
-            text += pieces[below(std::size(pieces))];
-        return text;
-    }
+    std::string any_text(std::size_t shortest) { return random_.text(shortest, shortest + 7); }
 
     static std::size_t depth_of(const Element& element)
     {
@@ -244,7 +233,7 @@ private:
         EXPECT_EQ(document.current_name(), parent.name);
     }
 
-    std::mt19937 random_;
+    support::RandomInput random_;
 };
 
 class RoundTrip : public testing::TestWithParam<unsigned> {};
