@@ -1,5 +1,5 @@
 # The two commands that every newcomer needs, and what else is done often. Each installs what it lacks.
-#   make demo    build, and show the library's main job on real XML
+#   make demo    build, and show the library's main job on a product file and on real XML
 #   make test    build, and run all tests
 #   make bench   compare the speed with what users would pick instead; ARGS=--quick for a short run
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
@@ -11,7 +11,9 @@ PRESET ?= default
 .PHONY: demo test bench build setup docs abi abi-update package-test format clean
 
 demo: build
-	./build/$(PRESET)/examples/demo /usr/share/X11/xkb/rules/base.xml build/demo_result.xml
+	cd build/$(PRESET)/examples && \
+	./demo demo_products && ./demo_c demo_c_products && \
+	./registry /usr/share/X11/xkb/rules/base.xml registry_result.xml
 
 test: build
 	ctest --preset $(PRESET)
