@@ -144,14 +144,15 @@ void split(std::string name)
     show("instance", items.instanceId);
 }
 
-/// Shows what a call that must fail throws.
+/// Shows the first line of what a call that must fail throws; the report stands behind it.
 template <class Call>
 void show_failure(const char* input, Call call)
 {
     try {
         call();
     } catch (const KALV::KalvError& error) {
-        std::cout << "  " << std::left << std::setw(30) << input << error.what() << '\n';
+        const std::string what = error.what();
+        std::cout << "  " << std::left << std::setw(30) << input << what.substr(0, what.find('\n')) << '\n';
     }
 }
 
