@@ -105,6 +105,19 @@ void print_formats(KALV::XmlFile& file)
     std::cout << '"' << file.getPathValueAsString(".") << "\"\n";
 }
 
+// A document without a file, and what is wrong with one.
+void edit_in_memory(const std::string& text)
+{
+    try {
+        KALV::XmlFile file;
+        file.readMemory(text);
+        file.setValue("/List/@count", 2);
+        std::cout << file.toString();
+    } catch (const KALV::KalvError& error) {
+        std::cout << error.what() << '\n';
+    }
+}
+
 // Parts of a product file name.
 void print_name_items(std::string name)
 {
@@ -153,6 +166,8 @@ int main(int count, char** arguments)
         copy_header(copy, name);
         std::cout << copy.getFixedHeaderItem("Mission") << '\n';
         print_formats(copy);
+        edit_in_memory("<List count='1'/>");
+        edit_in_memory("<List>\n  <Item>\n</List>");
         print_name_items(name.substr(name.rfind('/') + 1));
         read_in_threads(name);
     } catch (const KALV::KalvError& error) {
