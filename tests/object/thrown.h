@@ -43,7 +43,8 @@ inline Thrown taken_apart(const KALV::KalvError& error)
     EXPECT_EQ(messages.size(), 2u);
     char text[KH_MESSAGE_SIZE];
     EXPECT_EQ(messages.at(1), kh_basic_error_msg(codes.at(0), text));
-    const std::string what = messages.at(0) + ": " + messages.at(1) + " (" + std::to_string(codes.at(0)) + ")";
+    const std::string what =
+        messages.at(0) + ": " + messages.at(1) + " (" + std::to_string(codes.at(0)) + ")";
     EXPECT_EQ(std::string(error.what()).substr(0, what.size()), what);
     return {messages.at(0), codes.at(0)};
 }
