@@ -130,6 +130,15 @@ KH_EXPORT long kh_tree_set_real_node_value(long* fd, const char* path, const dou
  *  \param[out] ierr  the status
  *  \return as kh_tree_set_string_node_value() */
 KH_EXPORT long kh_tree_set_node_value(long* fd, const char* path, const char* format, long* ierr, ...);
+
+/** The same with a text of any length as it is: no format, and "&" always stands for itself.
+ *  \param[in] fd    the document
+ *  \param[in] path  the element or attribute
+ *  \param[in] text  the text
+ *  \param[out] ierr the status
+ *  \return the status: 0; #KH_ERR_ARGUMENT null, not UTF-8, or a forbidden character; a path's code;
+ *          #KH_ERR_NOT_ELEMENT; #KH_ERR_MEMORY */
+KH_EXPORT long kh_tree_set_text(long* fd, const char* path, const char* text, long* ierr);
 /**@}*/
 
 /** \name Files */
@@ -155,6 +164,14 @@ KH_EXPORT long kh_tree_write(long* fd, const char* file_name, long* ierr);
  *  \return the number of bytes; else the descriptor checks, #KH_ERR_ARGUMENT or #KH_ERR_SAVE. A failed
  *          indentation leaves its code in `*ierr`, and the document is handed out all the same */
 KH_EXPORT long kh_tree_write_memory(long* fd, char** data, long* size, long* ierr);
+
+/** Saves the document with the indentation that it has; else as kh_tree_write().
+ *  \param[in] fd        the document
+ *  \param[in] file_name the file
+ *  \param[out] ierr     the status
+ *  \return the number of bytes written, before compression; else the descriptor checks, #KH_ERR_ARGUMENT or
+ *          #KH_ERR_SAVE */
+KH_EXPORT long kh_tree_save(long* fd, const char* file_name, long* ierr);
 
 /** Puts the closing tags of the elements below a node, and of those beside and after it, on lines of their
  *  own.

@@ -7,6 +7,7 @@
 #include <kalv/build.h>
 #include <kalv/cursor.h>
 #include <kalv/document.h>
+#include <kalv/node.h>
 #include <kalv/path.h>
 #include <kalv/product.h>
 #include <kalv/read.h>

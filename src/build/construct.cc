@@ -1,6 +1,7 @@
 // Roots, children, siblings and attributes, and their removal. Nodes are made before the tree changes, so
 // that a failure changes nothing.
 #include "build/attribute.h"
+#include "build/delete.h"
 #include "build/indentation.h"
 #include "build/validity.h"
 #include "tree/cursor.h"
@@ -80,14 +81,9 @@ long add_sibling(const char* function, long* fd, const char* path, const char* n
 
 void remove_element(Document& document, xmlNode* node) noexcept
 {
-    document.edited();
-    document.child_index.removing(node);
     remove_indentation(node);
     document.current = node == document.root ? nullptr : node->parent;
-    if (node == document.root)
-        document.root = nullptr;
-    xmlUnlinkNode(node);
-    xmlFreeNode(node);
+    delete_node(document, node);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "build/attribute.h"
 #include "build/content.h"
 #include "build/format.h"
+#include "build/node_list.h"
 #include "build/validity.h"
 #include "frame/locale.h"
 #include "tree/document.h"
@@ -91,7 +92,23 @@ bool is_leaf(const xmlNode* node) noexcept
     return !child || (!child->next && child->type == XML_TEXT_NODE);
 }
 
-bool set(Document& document, const char* text)
+/// Replaces all children of an element by a text in which nothing is a reference.
+bool set_literal_content(xmlNode* element, const char* text) noexcept
+{
+    const ParserCall call;
+    NodeList nodes;
+    XmlNode node(*text ? xmlNewDocText(element->doc, to_xml(text)) : nullptr);
+    if (*text && (!node || !node->content || call.out_of_memory()))
+        return false;
+    if (node)
+        nodes.add(std::move(node));
+    nodes.replace_children_of(element);
+    return true;
+}
+
+/// Sets the value of what the last path leads to; `set_content` is for elements. May throw std::bad_alloc.
+template <class SetContent>
+bool set(Document& document, const char* text, SetContent set_content)
 {
     xmlNode* node = document.current;
     if (ends_with_attribute(document))
@@ -101,7 +118,28 @@ bool set(Document& document, const char* text)
         document.edited();
         document.child_index.emptying(node);
     }
-    return is_element(node) ? set_element_content(node, text) : set_text_content(node, text);
+    return is_element(node) ? set_content(node, text) : set_text_content(node, text);
+}
+
+/// Moves the cursor to what is to be set; the document, or null with a report.
+Document* go_to_target(Operation& op, long* fd, const char* path) noexcept
+{
+    kh_tree_go_to_path_node(fd, path, op.error_vector());
+    if (op.failed()) {
+        op.pass_on();
+        return nullptr;
+    }
+    Document* document = find_document(fd);
+    return check_target(op, *document) ? document : nullptr;
+}
+
+template <class SetContent>
+void set_under_report(Operation& op, Document& document, const char* text, SetContent set_content) noexcept
+{
+    op.guarded([&] {
+        if (!set(document, text, set_content))
+            op.fail(KH_ERR_MEMORY);
+    });
 }
 
 /// What all setters share; it reports under the name of the one whose value is variadic.
@@ -111,11 +149,8 @@ long set_value(long* fd, const char* path, const char* format, Conversion wanted
     Operation op("kh_tree_set_node_value", ierr);
     if (!fd || !format)
         return op.null_argument();
-    kh_tree_go_to_path_node(fd, path, op.error_vector());
-    if (op.failed())
-        return op.pass_on();
-    Document& document = *find_document(fd);
-    if (!check_target(op, document))
+    Document* document = go_to_target(op, fd, path);
+    if (!document)
         return op.status();
     va_list inspected;
     va_copy(inspected, value);
@@ -130,10 +165,7 @@ long set_value(long* fd, const char* path, const char* format, Conversion wanted
         return op.status();
     if (printed.warns())
         op.fail(KH_WARN_LENGTH);
-    op.guarded([&] {
-        if (!set(document, printed.text))
-            op.fail(KH_ERR_MEMORY);
-    });
+    set_under_report(op, *document, printed.text, set_element_content);
     return op.status();
 }
 
@@ -191,4 +223,15 @@ long kh_tree_set_node_value(long* fd, const char* path, const char* format, long
     const long status = kh::set_value(fd, path, format, kh::Conversion::none, ierr, value);
     va_end(value);
     return status;
+}
+
+long kh_tree_set_text(long* fd, const char* path, const char* text, long* ierr)
+{
+    kh::Operation op("kh_tree_set_text", ierr);
+    if (!fd || !text)
+        return op.null_argument();
+    kh::Document* document = kh::go_to_target(op, fd, path);
+    if (document && kh::check_text(op, text))
+        kh::set_under_report(op, *document, text, kh::set_literal_content);
+    return op.status();
 }

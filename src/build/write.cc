@@ -64,9 +64,12 @@ void format_siblings(const Document& document, xmlNode* node, Operation& op) noe
     }
 }
 
-/// Completes the indentation and saves. \return how many bytes were written, or a code
+enum class Indentation { completed, kept };
+
+/// Saves, with its indentation completed or as it is. \return how many bytes were written, or a code
 template <class Save>
-long write(const char* function, long* fd, long* ierr, bool has_target, Save save_document) noexcept
+long write(const char* function, long* fd, Indentation indentation, long* ierr, bool has_target,
+           Save save_document) noexcept
 {
     Operation op(function, ierr);
     Document* document = document_with_root(op, fd);
@@ -74,9 +77,10 @@ long write(const char* function, long* fd, long* ierr, bool has_target, Save sav
         return op.status();
     if (!has_target)
         return op.null_argument();
-    if (!document->is_formatted)
+    if (indentation == Indentation::completed && !document->is_formatted) {
         kh_tree_traverse_and_format(fd, document->root, op.error_vector());
-    document->is_formatted = !op.failed();
+        document->is_formatted = !op.failed();
+    }
     if (op.failed())
         op.pass_on(); // and the document is saved all the same
     long bytes = -1;
@@ -106,15 +110,22 @@ long kh_tree_traverse_and_format(long* fd, xmlNode* node, long* ierr)
 
 long kh_tree_write(long* fd, const char* file_name, long* ierr)
 {
-    return kh::write("kh_tree_write", fd, ierr, file_name != nullptr,
+    return kh::write("kh_tree_write", fd, kh::Indentation::completed, ierr, file_name != nullptr,
+                     [&](xmlDoc* document) { return kh::save(document, file_name); });
+}
+
+long kh_tree_save(long* fd, const char* file_name, long* ierr)
+{
+    return kh::write("kh_tree_save", fd, kh::Indentation::kept, ierr, file_name != nullptr,
                      [&](xmlDoc* document) { return kh::save(document, file_name); });
 }
 
 long kh_tree_write_memory(long* fd, char** data, long* size, long* ierr)
 {
-    return kh::write("kh_tree_write_memory", fd, ierr, data && size, [&](xmlDoc* document) {
-        kh::Block<char> bytes = kh::save_to_memory(document, *size);
-        *data = bytes.release();
-        return *size;
-    });
+    return kh::write("kh_tree_write_memory", fd, kh::Indentation::completed, ierr, data && size,
+                     [&](xmlDoc* document) {
+                         kh::Block<char> bytes = kh::save_to_memory(document, *size);
+                         *data = bytes.release();
+                         return *size;
+                     });
 }
