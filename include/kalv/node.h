@@ -22,7 +22,7 @@ enum kh_node_kind {
     KH_NODE_ELEMENT = 1,     /**< An element. */
     KH_NODE_TEXT = 2,        /**< A text. */
     KH_NODE_CDATA = 3,       /**< A CDATA section. */
-    KH_NODE_REFERENCE = 4,   /**< A reference to an entity, such as `&name;`. */
+    KH_NODE_REFERENCE = 4,   /**< A reference to an entity. */
     KH_NODE_COMMENT = 5,     /**< A comment. */
     KH_NODE_INSTRUCTION = 6, /**< A processing instruction. */
     KH_NODE_DOCTYPE = 7      /**< The document type declaration. */
