@@ -156,7 +156,7 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
         return op.status();
     if (!reference || !added || !insert)
         return op.null_argument();
-    if (reference == document->root) // a document has one root
+    if (reference->parent && reference->parent == document->root->parent) // a document has one root
         return op.fail(KH_ERR_ADD_SIBLING);
     const ParserCall call;
     XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, reference));

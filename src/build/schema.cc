@@ -205,6 +205,8 @@ long kh_set_schema(const char* file_name, const char* schema, const long* mode, 
     Operation op("kh_set_schema", ierr);
     if (!file_name || !schema || !mode)
         return op.null_argument();
+    if (!kh::is_xml_text(schema))
+        return op.fail(KH_ERR_ARGUMENT, ". Value: %s", schema);
     long fd = kh_tree_init_parser(file_name, op.error_vector());
     if (op.status() != KH_OK)
         return op.pass_on(KH_ERR_PARSE, ".");

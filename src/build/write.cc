@@ -31,6 +31,14 @@ bool prepare(const xmlNode* node, Operation& op) noexcept
     return !op.failed();
 }
 
+/// The same where nothing else is to be done.
+void prepare_all(const xmlNode* root, Operation& op) noexcept
+{
+    const xmlNode* const end = next_node_beside(root);
+    for (const xmlNode* node = root; node != end && prepare(node, op);)
+        node = next_node(node);
+}
+
 /// Walks the siblings from `node` on, each after all that is below it. An element that a text follows gets
 /// nothing, so that a second pass adds nothing.
 void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
@@ -77,7 +85,9 @@ long write(const char* function, long* fd, Indentation indentation, long* ierr, 
         return op.status();
     if (!has_target)
         return op.null_argument();
-    if (indentation == Indentation::completed && !document->is_formatted) {
+    if (indentation == Indentation::kept)
+        prepare_all(document->root, op);
+    else if (!document->is_formatted) {
         kh_tree_traverse_and_format(fd, document->root, op.error_vector());
         document->is_formatted = !op.failed();
     }

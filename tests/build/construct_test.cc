@@ -472,4 +472,17 @@ TEST(Adding, WorksBelowAVeryDeepElement)
                                "<deepest/>\n" + std::string(2 * edit::deep, ' ') + "<n x=\"\"/>."));
 }
 
+TEST(AddSiblingBesideTheRoot, IsRefusedOfACommentBesideTheRoot)
+{
+    support::Document document("<!--c--><r/>");
+    xmlNode* comment = document.slot()->doc->children;
+    xmlNode* added = xmlNewNode(nullptr, BAD_CAST "second");
+    EXPECT_EQ(support::outcome_of([&](long* ierr) {
+                  kh_tree_add_sibling(&document.fd, comment, added, xmlAddNextSibling, ierr);
+              }),
+              support::failure(KH_ERR_ADD_SIBLING, "kh_tree_add_sibling"));
+    xmlFreeNode(added);
+    EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<!--c-->\n<r/>\n");
+}
+
 } // namespace

@@ -473,4 +473,19 @@ TEST_F(SchemaOfFile, ReturnsItsStatus)
     EXPECT_EQ(kh_set_schema(folder.path("missing").c_str(), "a.xsd", &mode, nullptr), KH_ERR_PARSE);
 }
 
+TEST(SetSchemaOfAFile, RefusesATextThatNoFileCanHold)
+{
+    const support::TemporaryFolder folder;
+    const std::string name =
+        folder.file("file.xml", "<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'/>");
+    const std::string before = support::content_of(name);
+    const long mode = 0;
+    for (const std::string schema : {"\x01", "\xff"})
+        EXPECT_EQ(support::outcome_of(
+                      [&](long* ierr) { kh_set_schema(name.c_str(), schema.c_str(), &mode, ierr); }),
+                  support::failure(KH_ERR_ARGUMENT, "kh_set_schema", ". Value: " + schema));
+    EXPECT_EQ(support::content_of(name), before);
+    EXPECT_EQ(global_current_status[0], nullptr);
+}
+
 } // namespace

@@ -480,6 +480,10 @@ TEST(Write, EscapesWhatTheParserLeavesInADeclaration)
     const std::string bytes = document.written();
     EXPECT_EQ(bytes, "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#60;b&#38;c\"><p:s xmlns:p=\"&#60;\"/>\n</r>\n");
     EXPECT_EQ(Document(bytes).written(), bytes);
+    Document kept("<r xmlns='a&lt;b'/>");
+    const TemporaryFolder folder;
+    kh_tree_save(&kept.fd, folder.path("kept.xml").c_str(), &kept.status);
+    EXPECT_EQ(content_of(folder.path("kept.xml")), "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#60;b\"/>\n");
 }
 
 } // namespace
