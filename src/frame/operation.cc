@@ -27,7 +27,7 @@ long Operation::fail(long code, const char* detail, ...) noexcept
     va_start(arguments, detail);
     const Detail printed(detail, arguments);
     va_end(arguments);
-    return store(kh_handle_error(&report_, code, 1, "\n\tFunction: %s%s", name_, printed.text));
+    return store(kh_handle_error(report(), code, 1, "\n\tFunction: %s%s", name_, printed.text));
 }
 
 void Operation::explain(const char* text) noexcept
@@ -42,7 +42,7 @@ long Operation::pass_on(long code, const char* detail, ...) noexcept
     va_start(arguments, detail);
     const Detail printed(detail, arguments);
     va_end(arguments);
-    return store(kh_handle_error(&report_, code, 0, "\n\tFunction: %s%s", name_, printed.text));
+    return store(kh_handle_error(report(), code, 0, "\n\tFunction: %s%s", name_, printed.text));
 }
 
 } // namespace kh

@@ -5,6 +5,7 @@
 
 #include <kalv/status.h>
 #include <new>
+#include <optional>
 
 namespace kh {
 
@@ -25,7 +26,6 @@ public:
     Operation(const char* name, long* ierr, KeepStatus) noexcept
         : name_(name), status_(ierr ? ierr : &own_status_)
     {
-        kh_init_error(&report_);
     }
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
@@ -33,8 +33,6 @@ public:
     const char* name() const noexcept { return name_; }
     long status() const noexcept { return *status_; }
     bool failed() const noexcept { return *status_ < 0; }
-    /// True when this call has reported something, even where a later success cleared the status.
-    bool has_reported() const noexcept { return has_reported_; }
     /// The status word, for callees.
     long* error_vector() noexcept { return status_; }
 
@@ -42,7 +40,7 @@ public:
     /// the code
     long fail(long code) noexcept
     {
-        return store(kh_handle_error(&report_, code, 1, "\n\tFunction: %s", name_));
+        return store(kh_handle_error(report(), code, 1, "\n\tFunction: %s", name_));
     }
     [[gnu::format(printf, 3, 4)]] long fail(long code, const char* detail, ...) noexcept;
     /// Adds a line to the thread's last report alone: what verbose mode prints is compared by callers.
@@ -55,7 +53,7 @@ public:
     /// The same with another code than the callee's.
     long pass_on(long code) noexcept
     {
-        return store(kh_handle_error(&report_, code, 0, "\n\tFunction: %s", name_));
+        return store(kh_handle_error(report(), code, 0, "\n\tFunction: %s", name_));
     }
     [[gnu::format(printf, 3, 4)]] long pass_on(long code, const char* detail, ...) noexcept;
 
@@ -71,17 +69,19 @@ public:
     }
 
 private:
-    long store(long reported) noexcept
+    /// The report, empty at first.
+    kh_error_record* report() noexcept
     {
-        has_reported_ = true;
-        return *status_ = reported;
+        if (!report_)
+            kh_init_error(&report_.emplace());
+        return &*report_;
     }
+    long store(long reported) noexcept { return *status_ = reported; }
 
     const char* name_;
     long own_status_ = KH_OK;
-    bool has_reported_ = false;
     long* status_;
-    kh_error_record report_; // its text is not cleared: 512 bytes a call would cost more than most reads
+    std::optional<kh_error_record> report_; // most calls report nothing, and need not pay for it
 };
 
 } // namespace kh

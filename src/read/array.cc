@@ -79,14 +79,27 @@ private:
     long* count_;
 };
 
+/// The value of an element that is like most: one text and nothing else. Null for every other, which takes
+/// the way on which all is checked and reported.
+const char* only_text(const xmlNode* element) noexcept
+{
+    const xmlNode* child = element->children;
+    return child && !child->next && child->type == XML_TEXT_NODE ? content_of(child) : nullptr;
+}
+
 template <class Values>
 void gather_elements(Document& document, const char* element, Values& values, Operation& op) noexcept
 {
     if (!values.array.start(op))
         return;
     for (;;) {
-        TextTarget target = TextTarget::for_number(&values);
-        const xmlNode* node = read_next_element(document, target, op.error_vector());
+        const xmlNode* node = go_to_next_element(document, Search::requested_tag);
+        const char* text = node ? only_text(node) : nullptr;
+        if (node && !text) {
+            TextTarget target = TextTarget::for_number(&values);
+            read_found_element(document, target, op.error_vector());
+            text = target.text();
+        }
         const bool failed = op.failed();
         if (!node || failed) {
             if (!values.array.shrink(op))
@@ -97,7 +110,7 @@ void gather_elements(Document& document, const char* element, Values& values, Op
                 op.fail(KH_ERR_NOT_FOUND, ". Element: %s", element);
             return;
         }
-        if (!values.add(target.text(), op))
+        if (!values.add(text, op))
             return;
     }
 }
@@ -137,6 +150,60 @@ const char* text_below_array_node(long* fd, Document& document, const char* path
     return op.failed() ? nullptr : text_at_path_end(document, node, path, op);
 }
 
+/// Reads items that are like most: the path goes on with names alone, and each of them stands for the first
+/// child of its name. Leaves everything else to the way on which all is checked and reported.
+class PlainItems {
+public:
+    explicit PlainItems(const Document& document) noexcept
+        : attribute_(ends_with_attribute(document) ? attribute_name(document) : nullptr)
+    {
+        const long end = document.stack_count - (attribute_ ? 1 : 0);
+        for (long i = document.array_position + 1; i < end; ++i) {
+            if (count_ == longest || document.stack_index[i] != 0 || *document.stack_name[i] == '.')
+                plain_ = false;
+            else
+                names_[count_++] = NameMatch(document.stack_name[i]);
+        }
+    }
+
+    /// The text of an item, and the element that it belongs to; a null text where the item is not plain.
+    struct Found {
+        const xmlNode* element;
+        const char* text;
+    };
+    Found find(const xmlNode* item) noexcept
+    {
+        ahead_.reached(item);
+        ahead_.fetch(item);
+        const xmlNode* element = plain_ ? item : nullptr;
+        for (long i = 0; element && i < count_; ++i) {
+            element = first_child(element);
+            ahead_.fetch(element);
+            while (element && !names_[i](element))
+                element = element->next;
+        }
+        if (!element)
+            return {nullptr, nullptr};
+        ahead_.fetch(element);
+        if (attribute_) {
+            const xmlAttr* attribute = attribute_named(element, attribute_);
+            return {element, attribute ? content_of(attribute->children) : nullptr};
+        }
+        const char* text = only_text(element);
+        ahead_.fetch(element->children);
+        ahead_.fetch(text);
+        return {element, text};
+    }
+
+private:
+    static constexpr long longest = 4;
+    const char* attribute_;
+    bool plain_ = true;
+    long count_ = 0;
+    NameMatch names_[longest] = {NameMatch(""), NameMatch(""), NameMatch(""), NameMatch("")};
+    FetchAhead ahead_;
+};
+
 template <class Values>
 void gather_path(long* fd, Document& document, const char* path, Values& values, Operation& op) noexcept
 {
@@ -152,10 +219,15 @@ void gather_path(long* fd, Document& document, const char* path, Values& values,
     }
     if (!values.array.start(op))
         return;
-    const char* name = document.stack_name[document.array_position];
-    for (; node; node = go_to_next_sibling(document, node, name)) {
+    NameMatch matches(document.stack_name[document.array_position]);
+    PlainItems items(document);
+    for (; node; node = go_to_next_sibling(document, node, matches)) {
         document.stack_index[document.array_position] = values.array.count();
-        const char* text = text_below_array_node(fd, document, path, op);
+        auto [element, text] = items.find(node);
+        if (text)
+            document.current = const_cast<xmlNode*>(element);
+        else
+            text = text_below_array_node(fd, document, path, op);
         if (!text)
             break;
         if (!values.add(text, op))

@@ -54,13 +54,11 @@ long read_element_number(const char* name, long* fd, const char* element, Number
 
 } // namespace
 
-xmlNode* read_next_element(Document& document, TextTarget& target, long* ierr) noexcept
+void read_found_element(const Document& document, TextTarget& target, long* ierr) noexcept
 {
     Operation op("kh_tree_read_next_element", ierr);
-    xmlNode* element = go_to_next_element(document, Search::requested_tag);
-    if (element && read_current_element(document, target, op.error_vector()) != KH_OK)
+    if (read_current_element(document, target, op.error_vector()) != KH_OK)
         op.pass_on();
-    return element;
 }
 
 } // namespace kh
@@ -107,10 +105,14 @@ xmlNode* kh_tree_read_next_element(long* fd, char** value, long* ierr)
     if (!document)
         return nullptr;
     TextTarget target(value);
-    if (!target.missing())
-        return read_next_element(*document, target, op.error_vector());
-    op.null_argument();
-    return nullptr;
+    if (target.missing()) {
+        op.null_argument();
+        return nullptr;
+    }
+    xmlNode* element = go_to_next_element(*document, kh::Search::requested_tag);
+    if (element)
+        read_found_element(*document, target, op.error_vector());
+    return element;
 }
 
 long kh_tree_read_string_element_value(long* fd, const char* element, char** value, long* ierr)

@@ -72,8 +72,8 @@ long read_number(Operation& op, Number* value, ReadText read_text) noexcept
     return op.status() == KH_OK ? op.status() : op.pass_on();
 }
 
-/// Moves the cursor to the next element of the requested tag and reads its value; null when none follows.
-xmlNode* read_next_element(Document& document, TextTarget& target, long* ierr) noexcept;
+/// Reads the value of the element under the cursor, as kh_tree_read_next_element() does and reports it.
+void read_found_element(const Document& document, TextTarget& target, long* ierr) noexcept;
 
 /// The text at the end of the last path, on the node that the path reached: its attribute, or its only
 /// child's content. Null, with a report, where there is none.

@@ -25,11 +25,12 @@ xmlNode* go_to_next_element(Document& document, Search search) noexcept
     if (!document.current)
         return nullptr;
     const char* tag = document.requested_tag;
+    NameMatch matches(tag ? tag : "");
     for (xmlNode* node = next_node(document.current); node; node = next_node(node)) {
         if (!is_element(node))
             continue;
         ++document.visited;
-        if (search == Search::any_element || (tag && is_named(node, tag)))
+        if (search == Search::any_element || (tag && matches(node)))
             return document.current = node;
     }
     return nullptr;
@@ -37,8 +38,14 @@ xmlNode* go_to_next_element(Document& document, Search search) noexcept
 
 xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char* name) noexcept
 {
+    NameMatch matches(name);
+    return go_to_next_sibling(document, node, matches);
+}
+
+xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, NameMatch& matches) noexcept
+{
     for (xmlNode* sibling = node->next; sibling; sibling = sibling->next) {
-        if (is_element_named(sibling, name))
+        if (matches(sibling))
             return document.current = sibling;
     }
     return nullptr;

@@ -21,6 +21,7 @@ xmlNode* go_to_next_element(Document& document, Search search) noexcept;
 
 /// Moves the cursor to the next sibling element of a name; null, and no move, when there is none.
 xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char* name) noexcept;
+xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, NameMatch& matches) noexcept;
 
 /// The child element of a name with a 0-based index; the cursor moves along the siblings tried.
 xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, long index) noexcept;

@@ -27,11 +27,22 @@ struct Document : kh_document_slot {
     /// The names on the path stack, one behind the other; `stack_name` points into them.
     ReusedBlock path_names;
 
-    /// The path that the stack holds, as it was written.
+    /// The path that the stack holds, as it was written, and where its segments stand in it.
     std::string chopped_path;
+    struct Extent {
+        std::size_t start;
+        std::size_t name_end;
+        std::size_t end; ///< at a "/", or at the end of the path
+    };
+    Extent extents[KH_MAX_PATH_NODES];
 
-    /// Where the stack led from the root, as long as nothing has been edited since.
-    xmlNode* walked_to = nullptr;
+    /// Where the stack's first nodes led from the root, as long as nothing has been edited since.
+    struct Step {
+        xmlNode* node;  ///< what the segment led to
+        xmlNode* tried; ///< where the walk up to here left the cursor; null where it was not moved
+    };
+    Step walked[KH_MAX_PATH_NODES];
+    long walked_count = 0;
 
     /// Where children are that took a walk to find.
     ChildIndex child_index;
@@ -48,7 +59,7 @@ struct Document : kh_document_slot {
     /// Nodes were added or are about to be removed: what a walk found before need not hold any more.
     void edited() noexcept
     {
-        walked_to = nullptr;
+        walked_count = 0;
         is_formatted = false;
     }
 };

@@ -17,75 +17,83 @@ namespace kh {
 
 namespace {
 
-struct Segment {
-    std::string_view name;
-    long index; ///< 0-based
-};
-
 /// The index that a text behind "[" stands for, cut to 32 bits as callers have always seen it. Whatever
 /// follows the number ends it, so the text needs no end of its own.
-long index_of(std::string_view written) noexcept
+long index_of(const char* written) noexcept
 {
-    const auto number = static_cast<std::uint64_t>(written.empty() ? 0 : parse_integer(written.data()).value);
+    const auto number = static_cast<std::uint64_t>(parse_integer(written).value);
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number - 1));
 }
 
 /// The segments of a path.
 struct Segments {
-    Segment items[KH_MAX_PATH_NODES];
+    Document::Extent extents[KH_MAX_PATH_NODES];
+    long indices[KH_MAX_PATH_NODES]; ///< 0-based
     long count = 0;
     long array_position = -1;
     bool fit_the_stack = true;
     bool one_array_at_most = true;
 
-    explicit Segments(std::string_view path) noexcept
+    /// Takes a path apart behind the segments that it shares with the one on the stack.
+    Segments(const char* path, const Document& document, long shared) noexcept : count(shared)
     {
-        while (fit_the_stack && !path.empty()) {
-            const std::size_t length = std::min(path.find('/'), path.size());
-            if (length > 0)
-                add(path.substr(0, length));
-            path.remove_prefix(std::min(length + 1, path.size()));
+        std::copy_n(document.extents, shared, extents);
+        std::copy_n(document.stack_index, shared, indices);
+        const char* next = path + (shared > 0 ? extents[shared - 1].end : 0);
+        while (fit_the_stack && *next) {
+            if (*next == '/')
+                ++next;
+            else
+                next = add(path, next);
         }
     }
 
 private:
-    void add(std::string_view segment) noexcept
+    /// \return the end of the segment
+    const char* add(const char* path, const char* start) noexcept
     {
+        const char* bracket = nullptr;
+        const char* end = start;
+        for (; *end && *end != '/'; ++end) {
+            if (*end == '[' && !bracket)
+                bracket = end;
+        }
         fit_the_stack = count < KH_MAX_PATH_NODES;
         if (!fit_the_stack)
-            return;
-        const std::size_t bracket = segment.find('[');
+            return end;
         long index = 0;
-        if (segment.substr(std::min(bracket, segment.size()), 2) == "[*") {
+        if (bracket && bracket[1] == '*') {
             one_array_at_most = one_array_at_most && array_position == -1;
             array_position = count;
             // The array node keeps the index of the node before it: callers rely on it.
-            index = count > 0 ? items[count - 1].index : 0;
-        } else if (bracket != std::string_view::npos) {
-            index = index_of(segment.substr(bracket + 1));
+            index = count > 0 ? indices[count - 1] : 0;
+        } else if (bracket) {
+            index = index_of(bracket + 1);
         }
-        items[count++] = {segment.substr(0, bracket), index};
+        const auto offset = [path](const char* place) { return static_cast<std::size_t>(place - path); };
+        indices[count] = index;
+        extents[count++] = {offset(start), offset(bracket ? bracket : end), offset(end)};
+        return end;
     }
 };
 
 void empty_stack(Document& document) noexcept
 {
-    document.walked_to = nullptr;
+    document.walked_count = 0;
     document.stack_count = 0;
     document.absolute = 0;
     document.array_position = -1;
 }
 
-/// Copies the segments onto the stack, into room for them.
-void fill_stack(Document& document, const Segments& segments, char* room) noexcept
+/// Puts the segments of a path onto the stack; the names lie in a copy of the path.
+void fill_stack(Document& document, const Segments& segments, char* path) noexcept
 {
     for (long i = 0; i < segments.count; ++i) {
-        const auto& [name, index] = segments.items[i];
-        std::memcpy(room, name.data(), name.size());
-        room[name.size()] = '\0';
-        document.stack_name[i] = room;
-        document.stack_index[i] = index;
-        room += name.size() + 1;
+        const Document::Extent& extent = segments.extents[i];
+        path[extent.name_end] = '\0';
+        document.stack_name[i] = path + extent.start;
+        document.stack_index[i] = segments.indices[i];
+        document.extents[i] = extent;
     }
     document.stack_count = segments.count;
     document.array_position = segments.array_position;
@@ -101,15 +109,43 @@ long request(Document& document, Operation& op) noexcept
     return op.fail(KH_ERR_MEMORY);
 }
 
-/// True when the stack holds just this path. An array node's index changes as it is walked.
+std::size_t common_length(std::string_view one, std::string_view other) noexcept
+{
+    const std::size_t length = std::min(one.size(), other.size());
+    std::size_t common = 0;
+    for (std::uint64_t words[2]; common + sizeof *words <= length; common += sizeof *words) {
+        std::memcpy(&words[0], one.data() + common, sizeof *words);
+        std::memcpy(&words[1], other.data() + common, sizeof *words);
+        if (words[0] != words[1])
+            break;
+    }
+    while (common < length && one[common] == other[common])
+        ++common;
+    return common;
+}
+
+/// How many segments a path begins with that stand on the stack already. Callers often ask for paths that
+/// differ in the last steps, or not at all. An array node's index changes as it is walked.
+long shared_segments(const Document& document, std::string_view path) noexcept
+{
+    const std::size_t common = common_length(document.chopped_path, path);
+    const long last = document.array_position == -1 ? document.stack_count : document.array_position;
+    const bool ends_there = common == path.size() || path[common] == '/';
+    long count = 0;
+    while (count < last &&
+           (document.extents[count].end < common || (document.extents[count].end == common && ends_there)))
+        ++count;
+    return count;
+}
+
+/// True when the stack holds just this path.
 bool is_on_stack(const Document& document, std::string_view path) noexcept
 {
-    return document.stack_count > 0 && document.array_position == -1 && !path.empty() &&
-           document.chopped_path == path;
+    return document.stack_count > 0 && document.array_position == -1 && document.chopped_path == path;
 }
 
 /// Remembers the path that the stack holds; without memory it will be taken apart again.
-void remember_path(Document& document, const char* path) noexcept
+void remember_path(Document& document, std::string_view path) noexcept
 {
     try {
         document.chopped_path = path;
@@ -124,9 +160,10 @@ long chop(Document& document, const char* path, Operation& op) noexcept
     if (is_on_stack(document, text))
         return request(document, op);
     const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
-    const bool absolute = text.substr(0, 1) == "/";
+    const long shared = shared_segments(document, text);
+    const long walked = std::min(document.walked_count, shared);
+    const Segments segments(path, document, shared);
     empty_stack(document);
-    const Segments segments(text);
     if (!segments.fit_the_stack && !bad_start)
         return op.fail(KH_ERR_PATH_LENGTH, ". Bad path: %s", path);
     if (bad_start || segments.count == 0 || !segments.one_array_at_most)
@@ -134,9 +171,11 @@ long chop(Document& document, const char* path, Operation& op) noexcept
     char* room = document.path_names.reserve(text.size() + 1);
     if (!room)
         return op.fail(KH_ERR_MEMORY);
+    std::memcpy(room, path, text.size() + 1);
     fill_stack(document, segments, room);
-    remember_path(document, path);
-    document.absolute = absolute;
+    remember_path(document, text);
+    document.absolute = *path == '/';
+    document.walked_count = walked;
     return request(document, op);
 }
 
@@ -146,22 +185,62 @@ long walk_end(const Document& document) noexcept
     return document.stack_count - ends_with_attribute(document);
 }
 
+bool is_step_up(const Document& document, long entry) noexcept
+{
+    return std::strcmp(document.stack_name[entry], "..") == 0;
+}
+
+/// One step of a walk, along an entry of the stack.
+xmlNode* step(long* fd, Document& document, xmlNode* node, long entry, Operation& op) noexcept
+{
+    const char* name = document.stack_name[entry];
+    if (name[0] != '.')
+        return go_to_child(document, node, name, document.stack_index[entry]);
+    if (name[1] == '\0')
+        return node;
+    if (!is_step_up(document, entry))
+        return go_to_child(document, node, name, document.stack_index[entry]);
+    node = kh_tree_go_to_parent(fd, node, op.error_vector());
+    if (op.status() != KH_OK)
+        op.pass_on();
+    return node;
+}
+
 /// Follows the entries from `first` up to `end`; the cursor moves to the node reached. Null, without a
 /// report, where there is no such node.
 xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end, Operation& op) noexcept
 {
+    for (long i = first; node && i < end; ++i)
+        node = step(fd, document, node, i, op);
+    if (node)
+        document.current = node;
+    return node;
+}
+
+/// The same from the root, going on from where the last walk of the same entries got to. A step up is taken
+/// anew each time: it sets the caller's status, and may report.
+xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
+{
+    xmlNode* const before = document.current;
+    const long changing = document.array_position == -1 ? end : std::min(end, document.array_position);
+    if (document.walked_count == 0) {
+        document.walked[0] = {document.root, nullptr};
+        document.walked_count = 1;
+    }
+    const long first = std::max(1L, std::min(document.walked_count, end));
+    xmlNode* node = document.walked[first - 1].node;
+    document.current = document.walked[first - 1].tried;
     for (long i = first; node && i < end; ++i) {
-        const std::string_view name = document.stack_name[i];
-        if (name == "..") {
-            node = kh_tree_go_to_parent(fd, node, op.error_vector());
-            if (op.status() != KH_OK)
-                op.pass_on();
-        } else if (name != ".") {
-            node = go_to_child(document, node, document.stack_name[i], document.stack_index[i]);
+        node = step(fd, document, node, i, op);
+        if (node && i < changing && i == document.walked_count && !is_step_up(document, i)) {
+            document.walked[i] = {node, document.current};
+            document.walked_count = i + 1;
         }
     }
     if (node)
         document.current = node;
+    else if (!document.current)
+        document.current = before;
     return node;
 }
 
@@ -190,7 +269,7 @@ bool begins_at_root(const Document& document, Operation& op) noexcept
 /// Walks from the start of the path, the root or the cursor, up to `end`.
 xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) noexcept
 {
-    return document.absolute ? walk(fd, document, document.root, 1, end, op)
+    return document.absolute ? walk_from_root(fd, document, end, op)
                              : walk(fd, document, document.current, 0, end, op);
 }
 
@@ -274,15 +353,9 @@ xmlNode* kh_tree_go_to_stack_node(long* fd, long* ierr)
     Document* document = document_with_root(op, fd);
     if (!document)
         return nullptr;
-    if (document->walked_to)
-        return document->current = document->walked_to;
     if (!kh::begins_at_root(*document, op))
         return document->root;
-    xmlNode* node = kh::walk_from_start(fd, *document, kh::walk_end(*document), op);
-    // A walk that reported something reports it again the next time.
-    if (document->absolute && !op.has_reported())
-        document->walked_to = node;
-    return node;
+    return kh::walk_from_start(fd, *document, kh::walk_end(*document), op);
 }
 
 long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
@@ -325,7 +398,7 @@ xmlNode* kh_tree_go_to_stack_array_node(long* fd, long* k, long* ierr)
     if (!kh::begins_at_root(*document, op))
         return document->root;
     document->stack_index[position] = *k;
-    document->walked_to = nullptr;
+    document->walked_count = std::min(document->walked_count, position);
     return kh::walk_from_start(fd, *document, position + 1, op);
 }
 

@@ -2,6 +2,7 @@
 #ifndef KALV_TREE_XML_H
 #define KALV_TREE_XML_H
 
+#include <cstdint>
 #include <cstring>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
@@ -80,13 +81,63 @@ inline xmlAttr* first_attribute(const xmlNode* node) noexcept
 
 inline bool is_named(const xmlNode* node, const char* name) noexcept
 {
-    return node->name && std::strcmp(from_xml(node->name), name) == 0;
+    const char* own = from_xml(node->name);
+    return own && own[0] == name[0] && std::strcmp(own, name) == 0; // most differ at once
 }
 
 inline bool is_element_named(const xmlNode* node, const char* name) noexcept
 {
     return is_element(node) && is_named(node, name);
 }
+
+/// Compares many elements with one name. Names of parsed elements are stored once for a document, so that
+/// the place of a name that was found equal mostly tells already. Not to be kept over an edit.
+class NameMatch {
+public:
+    explicit NameMatch(const char* name) noexcept : name_(name) {}
+    bool operator()(const xmlNode* node) noexcept
+    {
+        if (!is_element(node))
+            return false;
+        if (node->name == equal_)
+            return true;
+        if (!is_named(node, name_))
+            return false;
+        equal_ = node->name;
+        return true;
+    }
+
+private:
+    const char* name_;
+    const xmlChar* equal_ = to_xml(name_);
+};
+
+/// Fetches into the cache what a walk along siblings will come upon. Siblings of a list are mostly alike, so
+/// that the distance between two of them in memory is that to the next ones; where it is not, nothing is
+/// lost.
+class FetchAhead {
+public:
+    /// The walk has reached a sibling.
+    void reached(const void* sibling) noexcept
+    {
+        distance_ = address(sibling) - last_;
+        last_ = address(sibling);
+    }
+    /// What lies at the same place of a sibling farther on will be needed.
+    void fetch(const void* place) const noexcept
+    {
+        constexpr std::uintptr_t siblings = 4;
+        __builtin_prefetch(reinterpret_cast<const void*>(address(place) + siblings * distance_));
+    }
+
+private:
+    static std::uintptr_t address(const void* place) noexcept
+    {
+        return reinterpret_cast<std::uintptr_t>(place);
+    }
+    std::uintptr_t last_ = 0;
+    std::uintptr_t distance_ = 0;
+};
 
 /// The name of a node; the empty text for the kinds that have none.
 inline const char* name_of(const xmlNode* node) noexcept

@@ -118,6 +118,73 @@ TEST(RepeatedPath, WarnsEachTimeThatItGoesAboveTheRoot)
     EXPECT_EQ(outcome_of(go), first);
 }
 
+TEST(RepeatedPath, StepsUpAnewForCallersWhoseStatusThatSets)
+{
+    Document document("<R><A/><B/><B/></R>");
+    long status = 0;
+    kh_tree_chop_path(&document.fd, "/R/A/../B[*]", &status);
+    for (long k = 0; k < 2; ++k) {
+        status = -99;
+        EXPECT_NE(kh_tree_go_to_stack_array_node(&document.fd, &k, &status), nullptr);
+        EXPECT_EQ(status, 0) << k;
+    }
+}
+
+// Paths that share their beginning, their length, or a part of a name with the one before.
+TEST(RepeatedPath, TakesOverOnlyWholeSegments)
+{
+    Document document("<R><A><B/><Bc/></A><Ab><B/></Ab><A><B/></A></R>");
+    const xmlNode* first = document.root()->children;
+    const xmlNode* other = first->next;
+    const xmlNode* second = other->next;
+    const struct {
+        const char* path;
+        const xmlNode* node;
+    } steps[] = {{"/R/A/B", first->children},
+                 {"/R/A/Bc", first->children->next},
+                 {"/R/A/B/", first->children},
+                 {"/R/A//B", first->children},
+                 {"/R/A/", first},
+                 {"/R/Ab", other},
+                 {"/R/A[2]", second},
+                 {"/R/A[1]", first},
+                 {"/R/A[2]/B", second->children},
+                 {"/R/A[1]/B", first->children},
+                 {"/R/Ab/B", other->children},
+                 {"/R/A/..", document.root()},
+                 {"/R/A/../Ab", other},
+                 {"/R/A/.", first},
+                 {"/R/A/./Bc", first->children->next},
+                 {"/R", document.root()}};
+    for (const auto& [path, node] : steps) {
+        document.go_to(path);
+        EXPECT_EQ(document.current(), node) << path;
+        document.go_to(path);
+        EXPECT_EQ(document.current(), node) << path;
+    }
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/A/b", nullptr), KH_ERR_NOT_FOUND);
+    document.go_to("/R/A/B");
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/A/Bc/B", nullptr), KH_ERR_NOT_FOUND);
+}
+
+// A walk that fails leaves the cursor on the last element that it tried, also where it began in the middle.
+TEST(RepeatedPath, LeavesTheCursorWhereAWholeWalkWould)
+{
+    const char* const text = "<R><A/><L><I/><I><V/></I></L></R>";
+    const auto after = [&](const char* path) {
+        Document document(text);
+        kh_tree_go_to_path_node(&document.fd, path, nullptr);
+        return document.path();
+    };
+    Document document(text);
+    for (const char* path : {"/R/L/I[2]/W", "/R/L/I[2]/V", "/R/L/X", "/R/L/I[3]", "/R/A/V", "/R/L"}) {
+        kh_tree_go_to_path_node(&document.fd, "/R/L/I[2]/V", nullptr);
+        kh_tree_rewind(&document.fd, nullptr);
+        kh_tree_go_to_path_node(&document.fd, path, nullptr);
+        EXPECT_EQ(document.path(), after(path)) << path;
+    }
+}
+
 TEST(RepeatedPath, FollowsANewRoot)
 {
     Document document("<R><A/></R>");
