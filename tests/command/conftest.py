@@ -73,6 +73,11 @@ class Kh:
     def path(self, name):
         return self.folder / name
 
+    def state(self, name):
+        """What changes when a file is written."""
+        status = self.path(name).stat()
+        return status.st_ino, status.st_mtime_ns, status.st_size, status.st_mode
+
     def read(self, name):
         return self.path(name).read_text(encoding="utf-8")
 

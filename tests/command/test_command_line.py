@@ -33,6 +33,7 @@ def test_help_shows_examples_and_options(kh, name):
 def test_examples_work_on_the_samples(kh, example):
     words = shlex.split(example)
     assert words[0] == "kh"
+    kh.write("product.json", kh("dump", "product.xml").out)
     kh(*words[1:])
 
 

@@ -88,7 +88,7 @@ def test_what_is_no_path_is_a_wrong_usage(kh, path):
 
 def test_an_element_that_holds_elements_has_no_value(kh):
     result = kh("get", "product.xml", f"{DATA}/List", code=1)
-    assert result.err.startswith(f"product.xml: {DATA}/List: holds ")
+    assert result.err.startswith(f"product.xml:28: {DATA}/List: holds ")
 
 
 def test_lines_of_several_files_begin_with_the_file(kh):

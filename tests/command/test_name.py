@@ -6,25 +6,25 @@ GOOD = "QQ_OPER_ORBIT_20260101_20260102_0001.KLV"
 
 
 @pytest.mark.parametrize("options, name", [
-    (["-s", "Quarvosk"], "QQ_OPER_ORBIT_A_B_C.KLV"),
-    (["-s", "41", "-e", "hdr"], "QQ_OPER_ORBIT_A_B_C.HDR"),
-    (["-s", "KESTERWIL1"], "QK1_OPER_ORBIT_A_B_C.EOF"),
-    (["-s", "Kesterwil1", "-e", "none"], "QK1_OPER_ORBIT_A_B_C"),
-    (["-s", "GenericMeo", "-e", "dbl"], "XXX_OPER_ORBIT_A_B_C.DBL"),
+    (["--satellite", "Quarvosk"], "QQ_OPER_ORBIT_A_B_C.KLV"),
+    (["--satellite", "41", "--extension", "hdr"], "QQ_OPER_ORBIT_A_B_C.HDR"),
+    (["--satellite", "KESTERWIL1"], "QK1_OPER_ORBIT_A_B_C.EOF"),
+    (["--satellite", "Kesterwil1", "--extension", "none"], "QK1_OPER_ORBIT_A_B_C"),
+    (["--satellite", "GenericMeo", "--extension", "dbl"], "XXX_OPER_ORBIT_A_B_C.DBL"),
 ])
 def test_composes(kh, options, name):
-    arguments = ["name", "compose", *options, "-c", "OPER", "-t", "ORBIT", "-i", "A_B_C"]
+    arguments = ["name", "compose", *options, "--class", "OPER", "--type", "ORBIT", "--instance", "A_B_C"]
     assert kh(*arguments).out == name + "\n"
     assert kh(*arguments, "--json").json == [{"name": name}]
 
 
 def test_an_empty_class_has_its_own_mark(kh):
-    assert kh("name", "compose", "-s", "41", "-t", "ORBIT", "-i", "A").out == "QQ_XXXX_ORBIT_A.KLV\n"
+    assert kh("name", "compose", "--satellite", "41", "--type", "ORBIT", "--instance", "A").out == "QQ_XXXX_ORBIT_A.KLV\n"
 
 
 @pytest.mark.parametrize("options, code", [
-    (["-s", "Nobody"], 1), (["-s", "41", "-c", "TOOLONG"], 2), (["-s", "41", "-t", 11 * "x"], 2),
-    (["-s", "41", "-i", 43 * "x"], 2), (["-s", "41", "-e", "zip"], 2), (["-s", "41", "word"], 2)])
+    (["--satellite", "Nobody"], 1), (["--satellite", "41", "--class", "TOOLONG"], 2), (["--satellite", "41", "--type", 11 * "x"], 2),
+    (["--satellite", "41", "--instance", 43 * "x"], 2), (["--satellite", "41", "--extension", "zip"], 2), (["--satellite", "41", "word"], 2)])
 def test_refuses_what_makes_no_name(kh, options, code):
     assert kh("name", "compose", *options, code=code).out == ""
 

@@ -29,9 +29,19 @@ void Command::example(const std::string& command, const std::string& text)
 CommandList all_commands()
 {
     CommandList commands;
+    add_info(commands);
+    add_ls(commands);
     add_get(commands);
+    add_find(commands);
+    add_set(commands);
+    add_cp(commands);
     add_header(commands);
     add_name(commands);
+    add_schema(commands);
+    add_fmt(commands);
+    add_diff(commands);
+    add_dump(commands);
+    add_load(commands);
     return commands;
 }
 

@@ -6,6 +6,7 @@
 #include "failure.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -16,7 +17,8 @@ namespace tool {
 enum class Completion { nothing, file, path, folder };
 
 struct Option {
-    using Target = std::variant<bool*, std::string*, std::vector<std::string>*, long*, double*>;
+    using Target = std::variant<bool*, std::string*, std::optional<std::string>*, std::vector<std::string>*,
+                                long*, double*>;
 
     std::string names; ///< "-p,--path"
     std::string value; ///< what stands for its value in texts; empty for a flag
@@ -81,9 +83,19 @@ using CommandList = std::vector<std::unique_ptr<Command>>;
 CommandList all_commands();
 
 // What each of the files of commands adds to the list.
+void add_info(CommandList& commands);
+void add_ls(CommandList& commands);
+void add_find(CommandList& commands);
 void add_get(CommandList& commands);
+void add_set(CommandList& commands);
+void add_cp(CommandList& commands);
 void add_header(CommandList& commands);
 void add_name(CommandList& commands);
+void add_schema(CommandList& commands);
+void add_fmt(CommandList& commands);
+void add_diff(CommandList& commands);
+void add_dump(CommandList& commands);
+void add_load(CommandList& commands);
 
 } // namespace tool
 

@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include "command.h"
+#include "completion.h"
 #include "pages.h"
 
 #include <CLI/CLI.hpp>
@@ -93,6 +94,14 @@ int run(std::vector<std::string> words)
     }
     if (first == "--describe") {
         print(describe(commands));
+        return done;
+    }
+    if (first == "--complete" && words.size() == 4) {
+        print(complete(commands, words[1], words[2], words[3]));
+        return done;
+    }
+    if (first == "--write-pages" && words.size() == 2) {
+        write_pages(commands, words[1]);
         return done;
     }
     const bool asks_for_help = first == "help" || first == "-h" || first == "--help";

@@ -29,6 +29,35 @@ std::string reason_not_to_open(const std::string& file)
     return access(file.c_str(), R_OK) != 0 ? std::strerror(errno) : "";
 }
 
+/// A number and the colon behind it, taken off the front of a text; 0 where there is none.
+long take_number(std::string& text)
+{
+    const std::size_t digits = text.find_first_not_of("0123456789");
+    if (digits == 0 || digits == std::string::npos || text[digits] != ':')
+        return 0;
+    const long number = kh_string_to_integer(text.c_str(), nullptr);
+    text.erase(0, digits + 1);
+    return number;
+}
+
+/// What the parser said, from the library's report, whose last line is "FILE:LINE:COLUMN: MESSAGE".
+Failure reading_failure(const std::string& file, const KALV::KalvError& error)
+{
+    std::string report(static_cast<std::size_t>(KH_last_report(nullptr, 0)), '\0');
+    KH_last_report(report.data(), static_cast<long>(report.size()) + 1);
+    const std::string mark = "\n\t" + file + ':';
+    const std::size_t line = report.rfind(mark);
+    if (line != std::string::npos) {
+        std::string text = report.substr(line + mark.size());
+        Place place{file, take_number(text), 0};
+        place.column = take_number(text);
+        return {cannot_read, place, text.substr(text.find_first_not_of(' '))};
+    }
+    std::vector<long> codes;
+    error.getCodes(codes);
+    return {cannot_read, Place{file, 0, 0}, status_text(codes.front())};
+}
+
 } // namespace
 
 std::string status_text(long status)
@@ -50,10 +79,7 @@ Document::Document(const std::string& file, Missing missing)
         else
             xml_.read(file);
     } catch (const KALV::KalvError& error) {
-        std::vector<long> codes;
-        error.getCodes(codes);
-        throw failure(cannot_read,
-                      codes.front() == KH_ERR_PARSE ? "not well-formed XML" : status_text(codes.front()));
+        throw reading_failure(file, error);
     }
     fd_ = xml_.getId();
 }
@@ -82,6 +108,25 @@ std::string Document::absolute(const std::string& path, const std::string& start
     return '/' + xml_.currentElementName() + '/' + path;
 }
 
+Node Document::cursor() const
+{
+    return Node(global_current_status[fd_]->current);
+}
+
+Node Document::root() const
+{
+    return Node(global_current_status[fd_]->root);
+}
+
+kh_document Document::description()
+{
+    kh_document description;
+    long status = KH_OK;
+    if (kh_tree_describe(&fd_, &description, &status) != KH_OK)
+        throw failure(cannot_read, status_text(status));
+    return description;
+}
+
 bool Document::go_to(const std::string& path)
 {
     long status = KH_OK;
@@ -100,11 +145,18 @@ void Document::expand(const std::string& path, const std::function<void(const st
     if (!go_to(before))
         return;
     long count = 0;
-    kh_tree_get_sibling_index(global_current_status[fd_]->current, &count, nullptr);
+    kh_tree_get_sibling_index(cursor().handle, &count, nullptr);
     for (long i = 1; i <= count; ++i) {
         std::string one = before;
         expand(one.append(1, '[').append(std::to_string(i)).append(1, ']').append(behind), take);
     }
+}
+
+std::vector<std::string> Document::expanded(const std::string& path)
+{
+    std::vector<std::string> paths;
+    expand(absolute(path), [&](const std::string& one) { paths.push_back(one); });
+    return paths;
 }
 
 std::optional<std::string> Document::value(const std::string& path)
@@ -119,12 +171,23 @@ std::optional<std::string> Document::value(const std::string& path)
     case KH_ERR_NO_VALUE:
         return "";
     case KH_ERR_NOT_TERMINAL:
-        throw failure(different, path + ": holds more than one text");
+        if (cursor().holds_elements())
+            throw failure(different, cursor(), path + ": holds elements, and so has no value of its own");
+        return cursor().value();
     case KH_ERR_MEMORY:
         throw failure(cannot_read, status_text(status));
     default:
-        return std::nullopt;
+        return attribute_as_written(path);
     }
+}
+
+std::optional<std::string> Document::attribute_as_written(const std::string& path)
+{
+    const std::size_t name = path.rfind("/@");
+    if (name == std::string::npos || !go_to(path.substr(0, name)))
+        return std::nullopt;
+    const std::optional<Attribute> attribute = attribute_of(cursor(), path.substr(name + 2));
+    return attribute ? std::optional(attribute->value) : std::nullopt;
 }
 
 } // namespace tool

@@ -3,6 +3,7 @@
 #define KALV_TOOLS_DOCUMENT_H
 
 #include "failure.h"
+#include "tree.h"
 
 #include <functional>
 #include <kalv/XmlFile.h>
@@ -41,6 +42,9 @@ public:
     /// order; once, where it has none. The nodes need not exist, except for those that "[*]" stands for.
     void expand(const std::string& path, const std::function<void(const std::string& path)>& take);
 
+    /// The paths from the root that a path stands for.
+    std::vector<std::string> expanded(const std::string& path);
+
     /// The text of an element or attribute. None where there is no such element or attribute. Throws a
     /// Failure (different) for an element that holds elements.
     std::optional<std::string> value(const std::string& path);
@@ -48,10 +52,24 @@ public:
     /// The path of the element under the cursor.
     std::string cursor_path() const { return xml_.currentPathName(); }
 
+    /// The node under the cursor.
+    Node cursor() const;
+    Node root() const;
+    /// What the document declares of itself, and its first node.
+    kh_document description();
+
+    /// A failure that concerns a node of this file.
+    Failure failure(ExitCode code, const Node& node, const std::string& text) const
+    {
+        return {code, Place{file_, node.line, 0}, text};
+    }
     /// A failure that concerns this file.
     Failure failure(ExitCode code, const std::string& text) const { return {code, Place{file_, 0, 0}, text}; }
 
 private:
+    /// The library finds attributes without their prefix, and no namespace declarations.
+    std::optional<std::string> attribute_as_written(const std::string& path);
+
     std::string file_;
     bool is_new_ = false;
     KALV::XmlFile xml_;

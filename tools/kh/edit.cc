@@ -10,28 +10,13 @@ namespace tool {
 
 namespace {
 
-/// Keeps the file that stands there now under another name, complete or not at all.
-void keep_old(const Document& document, const std::string& suffix)
-{
-    if (document.is_new() || suffix.empty())
-        return;
-    const std::string backup = document.file() + suffix;
-    const std::string unfinished = backup + '.' + std::to_string(getpid());
-    std::error_code error;
-    std::filesystem::copy_file(document.file(), unfinished, error);
-    if (!error)
-        std::filesystem::rename(unfinished, backup, error);
-    if (!error)
-        return;
-    std::error_code ignored;
-    std::filesystem::remove(unfinished, ignored);
-    throw Failure(cannot_write, Place{backup, 0, 0}, error.message());
-}
+/// What was built by functions that leave the indentation to be completed is saved with `write`.
+using Save = long (*)(long*, const char*, long*);
 
-void save(Document& document)
+void save(Document& document, Save write)
 {
     long status = KH_OK;
-    kh_tree_write(document.fd(), document.file().c_str(), &status);
+    write(document.fd(), document.file().c_str(), &status);
     if (status != KH_OK)
         throw document.failure(cannot_write, "cannot be written; the file is as it was");
 }
@@ -48,15 +33,37 @@ void show(const std::vector<Change>& changes, Report& report)
 
 } // namespace
 
-void EditOptions::declare(Command& command)
+void keep_old(const std::string& file, const std::string& suffix)
+{
+    if (suffix.empty() || !std::filesystem::exists(file))
+        return;
+    const std::string backup = file + suffix;
+    const std::string unfinished = backup + '.' + std::to_string(getpid());
+    std::error_code error;
+    std::filesystem::copy_file(file, unfinished, error);
+    if (!error)
+        std::filesystem::rename(unfinished, backup, error);
+    if (!error)
+        return;
+    std::error_code ignored;
+    std::filesystem::remove(unfinished, ignored);
+    throw Failure(cannot_write, Place{backup, 0, 0}, error.message());
+}
+
+void EditOptions::declare_for_one(Command& command)
 {
     command.flag("-n,--dry-run", dry_run, "show what would change, and change nothing");
     command.flag("-v,--verbose", verbose, "show what changes");
     command.option("-b,--backup", "SUFFIX", &backup,
                    "keep the old file under its name with SUFFIX behind it");
+    output.declare_color(command);
+}
+
+void EditOptions::declare(Command& command)
+{
+    declare_for_one(command);
     files.stops_at = different;
     files.declare(command);
-    output.declare_color(command);
 }
 
 ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions& options,
@@ -78,8 +85,8 @@ ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions
             if (options.dry_run || options.verbose)
                 show(changes, report);
             if (!options.dry_run && !changes.empty()) {
-                keep_old(document, options.backup);
-                save(document);
+                keep_old(document.file(), options.backup);
+                save(document, missing == Document::is_created ? kh_tree_write : kh_tree_save);
             }
             return done;
         },
@@ -95,6 +102,8 @@ void check_edit(const Document& document, const std::string& path, long status)
         throw document.failure(different, path + ": not found");
     case KH_WARN_LENGTH:
         throw document.failure(cannot_write, path + ": the value is too long: more than 510 bytes");
+    case KH_ERR_ARGUMENT:
+        throw document.failure(cannot_write, path + ": a name or text that XML does not allow");
     case KH_ERR_NOT_ELEMENT:
         throw document.failure(cannot_write, path + ": not an element");
     default:

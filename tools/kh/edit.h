@@ -16,6 +16,8 @@ struct EditOptions {
     std::string backup;
 
     void declare(Command& command);
+    /// The same without what is for many files.
+    void declare_for_one(Command& command);
 };
 
 /// One change, for those who want to see it.
@@ -30,6 +32,10 @@ struct Change {
 ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions& options,
                     const std::function<std::vector<Change>(Document&)>& edit,
                     Document::Missing missing = Document::is_failure);
+
+/// Keeps a file that exists under its name with a suffix behind it, complete or not at all. Without a suffix nothing
+/// is kept.
+void keep_old(const std::string& file, const std::string& suffix);
 
 /// Throws the Failure for a status of an editing call; a cut value is one, too.
 void check_edit(const Document& document, const std::string& path, long status);

@@ -141,6 +141,13 @@ void Report::line(const std::vector<std::string>& cells)
     flush_if_large();
 }
 
+void Report::row(std::vector<std::string> cells)
+{
+    if (many_)
+        cells.insert(cells.begin(), file_);
+    line(cells);
+}
+
 void Report::text(std::string_view text)
 {
     text_ += text;
@@ -182,6 +189,13 @@ void Report::flush()
     begun_ = true;
 }
 
+std::vector<Column> columns_of(const std::vector<std::string>& files, std::vector<Column> columns)
+{
+    if (files.size() > 1)
+        columns.insert(columns.begin(), {"file", Style::name});
+    return columns;
+}
+
 std::vector<std::string> expand_list(const std::vector<std::string>& arguments)
 {
     std::vector<std::string> names;
@@ -208,7 +222,7 @@ ExitCode for_each_name(const std::vector<std::string>& names, const FileOptions&
     const auto work_on_names = [&] {
         for (std::size_t i = next++; i < names.size() && !queue.stopped(); i = next++) {
             progress.begin(i);
-            Report report(names[i], output.json(),
+            Report report(names[i], output.json(), names.size() > 1,
                           [&](std::string& text, bool begins) { queue.write(i, text, begins); });
             ExitCode code = done;
             work_on(report, work, code);

@@ -30,8 +30,9 @@ struct FileOptions {
 class Report {
 public:
     using Flush = std::function<void(std::string& text, bool begins)>;
-    Report(std::string file, bool json, Flush flush)
-        : file_(std::move(file)), is_json_(json), flush_(std::move(flush)), json_(text_, 1)
+    /// \param many whether it is one of many files, whose lines begin with the file
+    Report(std::string file, bool json, bool many, Flush flush)
+        : file_(std::move(file)), is_json_(json), many_(many), flush_(std::move(flush)), json_(text_, 1)
     {
     }
 
@@ -40,6 +41,8 @@ public:
 
     /// A line of cells.
     void line(const std::vector<std::string>& cells);
+    /// The same, behind the file where it is one of many.
+    void row(std::vector<std::string> cells);
     /// Text as it is.
     void text(std::string_view text);
     /// The JSON of this file, one value.
@@ -58,6 +61,7 @@ private:
 
     std::string file_;
     bool is_json_;
+    bool many_;
     Flush flush_;
     std::string text_;
     JsonWriter json_;
@@ -65,6 +69,9 @@ private:
     ExitCode code_ = done;
     std::vector<std::string> messages_;
 };
+
+/// The columns of a table whose lines Report::row() makes.
+std::vector<Column> columns_of(const std::vector<std::string>& files, std::vector<Column> columns);
 
 /// The arguments, with the lines of standard input in the place of "-".
 std::vector<std::string> expand_list(const std::vector<std::string>& arguments);

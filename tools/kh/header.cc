@@ -119,12 +119,8 @@ public:
         if (items_.empty())
             items_.assign(item_names.begin(), item_names.end());
         const std::vector<std::string> files = expand_list(arguments());
-        many_ = files.size() > 1;
         Output output(output_);
-        std::vector<Column> columns = {{"item", Style::path}, {"value"}};
-        if (many_)
-            columns.insert(columns.begin(), {"file", Style::name});
-        output.set_columns(columns);
+        output.set_columns(columns_of(files, {{"item", Style::path}, {"value"}}));
         return for_each_file(files, files_, output,
                              [this](Document& document, Report& report) { return print(document, report); });
     }
@@ -145,8 +141,7 @@ private:
                 report.json().key(items_[i]);
                 write_json(items_[i], values[i], report.json());
             } else if (values[i]) {
-                report.line(many_ ? std::vector<std::string>{report.file(), items_[i], *values[i]}
-                                  : std::vector<std::string>{items_[i], *values[i]});
+                report.row({items_[i], *values[i]});
             }
         }
         if (report.is_json())
@@ -167,7 +162,6 @@ private:
     OutputOptions output_;
     FileOptions files_;
     std::vector<std::string> items_;
-    bool many_ = false;
 };
 
 class HeaderSet : public Command {

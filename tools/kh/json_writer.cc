@@ -93,7 +93,8 @@ void JsonWriter::begin_value()
 void JsonWriter::new_line()
 {
     out_ += '\n';
-    out_.append(2 * (outer_ + levels_.size()), ' ');
+    constexpr std::size_t deepest = 40; // the blanks of a deep document would be longer than all the rest
+    out_.append(2 * std::min(outer_ + levels_.size(), deepest), ' ');
 }
 
 } // namespace tool

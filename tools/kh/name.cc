@@ -125,17 +125,19 @@ public:
                   "\"XXX\", "
                   "an empty class \"XXXX\".")
     {
-        option("-s,--satellite", "SATELLITE", &satellite_, "number or name of the satellite");
-        option("-c,--class", "CLASS", &class_, "file class, at most 4 characters");
-        option("-t,--type", "TYPE", &type_, "file type, at most 10 characters");
-        option("-i,--instance", "INSTANCE", &instance_, "instance, at most 42 characters");
-        option("-e,--extension", "EXTENSION", &extension_,
+        option("--satellite", "SATELLITE", &satellite_, "number or name of the satellite");
+        option("--class", "CLASS", &class_, "file class, at most 4 characters");
+        option("--type", "TYPE", &type_, "file type, at most 10 characters");
+        option("--instance", "INSTANCE", &instance_, "instance, at most 42 characters");
+        option("--extension", "EXTENSION", &extension_,
                "klv, hdr, dbl, eof or none; without it, that of the satellite's full products")
             .choices = {"klv", "hdr", "dbl", "eof", "none"};
         flag("--json", output_.json, "print JSON");
-        example("kh name compose -s Quarvosk -c OPER -t ORBIT -i 20260101_20260102_0001",
+        example("kh name compose --satellite Quarvosk --class OPER --type ORBIT --instance "
+                "20260101_20260102_0001",
                 "a full product of a satellite");
-        example("kh name compose -s 110 -c TEST -t ORBIT -i 20260101_20260102_0001 -e hdr",
+        example("kh name compose --satellite 110 --class TEST --type ORBIT --instance 20260101_20260102_0001 "
+                "--extension hdr",
                 "its header alone");
     }
 

@@ -1,11 +1,10 @@
 #include "output.h"
 
 #include <algorithm>
-#include <cmath>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace tool {
@@ -102,10 +101,8 @@ std::string escaped(std::string_view cell)
 
 std::string to_text(double number)
 {
-    return std::isfinite(number) ? nlohmann::json(number).dump()
-           : std::isnan(number)  ? "nan"
-           : number > 0          ? "inf"
-                                 : "-inf";
+    char text[64];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
 bool is_terminal(int descriptor)

@@ -1,8 +1,11 @@
 #include "pages.h"
 
+#include "completion.h"
 #include "json_writer.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <kalv/version.h>
 #include <sstream>
 
@@ -12,13 +15,21 @@ namespace {
 
 constexpr std::size_t text_width = 80;
 
-constexpr const char* exit_codes = R"(Exit codes:
-  0  done, or found, or equal
-  1  not found, different or not valid
-  2  the command line makes no sense
-  3  a file cannot be read
-  4  a file cannot be written
-)";
+constexpr const char* purpose =
+    "kh looks into product files and other XML files, changes them and checks them.";
+
+constexpr const char* exit_codes[] = {"done, or found, or equal", "not found, different or not valid",
+                                      "the command line makes no sense", "a file cannot be read",
+                                      "a file cannot be written"};
+
+std::string exit_code_list()
+{
+    std::string text = "Exit codes:\n";
+    int code = 0;
+    for (const char* meaning : exit_codes)
+        text += "  " + std::to_string(code++) + "  " + meaning + '\n';
+    return text;
+}
 
 /// A paragraph in lines of the text's width, each behind an indentation.
 std::string wrapped(const std::string& text, std::size_t indentation)
@@ -65,6 +76,85 @@ std::string text_of(const Option& option)
     return option.choices.empty() ? text : text + ')';
 }
 
+/// A text as the manual's language takes it: "-" would become a hyphen, and a "." that begins a line a request.
+std::string as_manual(const std::string& text)
+{
+    std::string escaped = !text.empty() && (text.front() == '.' || text.front() == '\'') ? "\\&" : "";
+    for (const char c : text) {
+        if (c == '\\')
+            escaped += "\\e";
+        else if (c == '-')
+            escaped += "\\-";
+        else
+            escaped += c;
+    }
+    return escaped;
+}
+
+std::string page_name(const Command& command)
+{
+    std::string name = "kh-" + command.name();
+    std::replace(name.begin(), name.end(), ' ', '-');
+    return name;
+}
+
+std::string manual_head(const std::string& name, const std::string& summary)
+{
+    std::string capitals = name;
+    std::transform(name.begin(), name.end(), capitals.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    return ".TH " + as_manual(capitals) + " 1 \"\" \"kh " KH_VERSION_TEXT "\" \"User Commands\"\n.SH NAME\n" +
+           as_manual(name) + " \\- " + as_manual(summary) + '\n';
+}
+
+std::string manual_exit_codes()
+{
+    std::string text = ".SH \"EXIT STATUS\"\n";
+    int code = 0;
+    for (const char* meaning : exit_codes)
+        text += ".TP\n.B " + std::to_string(code++) + '\n' + as_manual(meaning) + '\n';
+    return text;
+}
+
+std::string manual_page(const Command& command)
+{
+    std::string text = manual_head(page_name(command), command.summary());
+    text += ".SH SYNOPSIS\n.B kh " + as_manual(command.name()) + "\n[OPTION]... " +
+            as_manual(command.synopsis()) + '\n';
+    text += ".SH DESCRIPTION\n";
+    for (const std::string& paragraph : paragraphs(command.description()))
+        text += ".PP\n" + as_manual(paragraph) + '\n';
+    text += ".SH OPTIONS\n";
+    for (const Option& option : command.options())
+        text += ".TP\n.B " + as_manual(usage_of(option)) + '\n' + as_manual(text_of(option)) + '\n';
+    text += ".TP\n.B \\-h, \\-\\-help\nshow a help text\n" + manual_exit_codes() + ".SH EXAMPLES\n";
+    for (const Example& example : command.examples())
+        text += ".TP\n" + as_manual(example.text) + ":\n.EX\n" + as_manual(example.command) + "\n.EE\n";
+    return text + ".SH \"SEE ALSO\"\n.BR kh (1)\n";
+}
+
+std::string manual_page(const CommandList& commands)
+{
+    std::string text =
+        manual_head("kh", "look into product files and other XML files, change and check them");
+    text += ".SH SYNOPSIS\n.B kh\nCOMMAND [OPTION]... FILE...\n.SH DESCRIPTION\n" + as_manual(purpose) +
+            "\nEach command has a page of its own.\n.SH COMMANDS\n";
+    for (const auto& command : commands)
+        text +=
+            ".TP\n.BR " + as_manual(page_name(*command)) + " (1)\n" + as_manual(command->summary()) + '\n';
+    return text + manual_exit_codes();
+}
+
+void write_file(const std::filesystem::path& file, const std::string& text)
+{
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream(file);
+    stream << text;
+    stream.close();
+    if (!stream)
+        throw Failure(cannot_write, Place{file.string(), 0, 0}, "cannot be written");
+}
+
 std::string list(const CommandList& commands, const std::string& group)
 {
     std::size_t width = 0;
@@ -86,12 +176,11 @@ std::string list(const CommandList& commands, const std::string& group)
 
 std::string overview(const CommandList& commands)
 {
-    return "kh looks into product files and other XML files, changes them and checks them.\n\n"
-           "Usage: kh COMMAND [OPTION]... FILE...\n\nCommands:\n" +
+    return std::string(purpose) + "\n\nUsage: kh COMMAND [OPTION]... FILE...\n\nCommands:\n" +
            list(commands, "") +
            "\nkh help COMMAND, or kh COMMAND --help, tells more, with examples.\n"
            "kh --version prints the version.\n\n" +
-           exit_codes;
+           exit_code_list();
 }
 
 std::string group_overview(const CommandList& commands, const std::string& group)
@@ -132,7 +221,16 @@ std::string help(const Command& command)
     for (const Option& option : command.options())
         text += "  " + usage_of(option) + '\n' + wrapped(text_of(option), 6);
     text += "  -h, --help\n      show this text\n\n";
-    return text + exit_codes;
+    return text + exit_code_list();
+}
+
+void write_pages(const CommandList& commands, const std::string& folder)
+{
+    const std::filesystem::path manual = std::filesystem::path(folder) / "man" / "man1";
+    write_file(manual / "kh.1", manual_page(commands));
+    for (const auto& command : commands)
+        write_file(manual / (page_name(*command) + ".1"), manual_page(*command));
+    write_file(std::filesystem::path(folder) / "bash-completion" / "completions" / "kh", bash_completion());
 }
 
 } // namespace tool

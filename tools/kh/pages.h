@@ -19,6 +19,9 @@ std::string describe(const CommandList& commands);
 /// The text of --help.
 std::string help(const Command& command);
 
+/// Writes the manual pages and the completion of the shell into a folder, as they are installed below "share".
+void write_pages(const CommandList& commands, const std::string& folder);
+
 } // namespace tool
 
 #endif
