@@ -74,20 +74,9 @@ TEST(StringToInteger, ConvertsTheNumberAtTheStart)
     const struct {
         const char* text;
         long value;
-    } rows[] = {{"42", 42},
-                {"  42", 42},
-                {"\n\t42", 42},
-                {"0", 0},
-                {"-0", 0},
-                {"+7", 7},
-                {"-7", -7},
-                {"12abc", 12},
-                {"1.9", 1},
-                {"1e3", 1},
-                {"0x10", 0},
-                {"010", 10},
-                {"9223372036854775806", LONG_MAX - 1},
-                {"-9223372036854775807", LONG_MIN + 1}};
+    } rows[] = {
+#include "cases/integers.inc"
+    };
     for (const auto& row : rows) {
         EXPECT_EQ(outcome_of([&](long* ierr) { EXPECT_EQ(kh_string_to_integer(row.text, ierr), row.value); }),
                   success)
@@ -127,18 +116,9 @@ TEST(StringToReal, ConvertsTheNumberAtTheStart)
     const struct {
         const char* text;
         double value;
-    } rows[] = {{"1.5", 1.5},
-                {"  -2.25e2", -225.0},
-                {"0", 0.0},
-                {"-0.0", 0.0},
-                {".5", 0.5},
-                {"5.", 5.0},
-                {"1.5abc", 1.5},
-                {"1,5", 1.0},
-                {"0x1p3", 8.0},
-                {"1.7976931348623157e308", std::numeric_limits<double>::max()},
-                {"-1.7976931348623157e308", std::numeric_limits<double>::lowest()},
-                {"1e-400", 0.0}};
+    } rows[] = {
+#include "cases/reals.inc"
+    };
     for (const auto& row : rows) {
         EXPECT_EQ(outcome_of([&](long* ierr) { EXPECT_EQ(kh_string_to_real(row.text, ierr), row.value); }),
                   success)

@@ -163,7 +163,8 @@ TEST(CreateFilename, FillsAnEmptyClass)
 TEST(CreateFilename, AppendsTheExtension)
 {
     const std::pair<long, std::string> extensions[] = {
-        {0, ".KLV"}, {1, ".HDR"}, {2, ".DBL"}, {3, ""}, {4, ".EOF"}, {5, ""}, {-1, ""}, {10, ""}, {30, ""}};
+#include "cases/extensions.inc"
+    };
     for (const auto& [type, extension] : extensions)
         EXPECT_EQ(composed_name({91, "ABCD", "TYPEA", "INST", type}), "QH1_ABCD_TYPEA_INST" + extension)
             << type;
@@ -314,18 +315,7 @@ TEST(ReadFilenameItems, FillsWhatTheNameHas)
         const char* texts;
     };
     const Name names[] = {
-        {"QH1", 1, 91, "(untouched)|(untouched)|(untouched)"},
-        {"QH1_", 1, 91, "(untouched)|(untouched)|(untouched)"},
-        {"QH1.KLV", 1, 0, "(untouched)|(untouched)|(untouched)"},
-        {"qh1_AB", 2, 0, "AB|(untouched)|(untouched)"},
-        {"XXX_AB_TYPE", 3, 0, "AB|TYPE|(untouched)"},
-        {"QH1_AB_TYPE_I.EOF", 4, 91, "AB|TYPE|(untouched)"},
-        {"QH1_AB_TYPE_I_J.EOF", 5, 91, "AB|TYPE|(untouched)"},
-        {"QH1_AB_TYPE_I_J_K.EOF", 6, 91, "AB|TYPE|I_J_K.EOF"},
-        {"QH1_AB_TYPE_I_J_K_L.EOF", 7, 91, "AB|TYPE|I_J_K"},
-        {"__QH1___AB__TYPE__I__J__K__", 6, 91, "AB|TYPE|I_J_K"},
-        {"QG__AB_TYPE_I_J_K", 6, 112, "AB|TYPE|I_J_K"},
-        {"a_b_c_d_e_f_g_h_i_j_k_l_m_n_o_p_q_r_s_t_u_v_w_x_y_z_0_1_2_3_4_5", 32, 0, "b|c|d_e_f"},
+#include "cases/file_names.inc"
     };
     for (const auto& [name, parts, satellite_id, texts] : names) {
         const Split split(name);

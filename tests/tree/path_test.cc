@@ -264,32 +264,7 @@ TEST_F(Move, ReachesTheNodeOfThePath)
     const struct {
         const char *start, *path, *reached;
     } rows[] = {
-        {"/R", "/R", "/R"},
-        {"/R/C", "/R/A", "/R/A[1]"},
-        {"/R/C", "/R/A[1]", "/R/A[1]"},
-        {"/R", "/R/A[2]", "/R/A[2]"},
-        {"/R", "/R/A[2]/@id", "/R/A[2]"},
-        {"/R", "/R/A[2]/@none", "/R/A[2]"},
-        {"/R", "/R[7]/A", "/R/A"},
-        {"/R", "//R//A[2]//B[2]/", "/R/A[2]/B[2]"},
-        {"/R", "A[2]/B", "/R/A[2]/B[1]"},
-        {"/R", "D/A", "/R/D/A"},
-        {"/R/A[2]", "B[2]", "/R/A[2]/B[2]"},
-        {"/R/A[2]", "@id", "/R/A[2]"},
-        {"/R/A[2]", ".", "/R/A[2]"},
-        {"/R/A[2]", "./B", "/R/A[2]/B[1]"},
-        {"/R/A[2]", "././B[2]/.", "/R/A[2]/B[2]"},
-        {"/R/A[2]", "..", "/R"},
-        {"/R/A[2]", "../C", "/R/C"},
-        {"/R/A[2]/B[2]", "../../A/B", "/R/A[1]/B"},
-        {"/R", "/R/A/../C", "/R/C"},
-        {"/R", "/R/A[*]/B", "/R/A[1]/B"},
-        // Callers rely on "[0]" to reach a text.
-        {"/R", "/R/A[0]", "/R/text()[1]"},
-        {"/R", "/R/Z[0]", "/R/text()[1]"},
-        {"/R", "/R/A[2]/B[x]", "/R/A[2]/B[1]"},
-        {"/R", "/R/A/B/text[0]", "/R/A/B/text()"},
-        {"/R/A[2]/B[2]/text()", "..", "/R/A[2]/B[2]"},
+#include "cases/moves.inc"
     };
     for (const auto& row : rows) {
         start_at(row.start);
@@ -308,19 +283,7 @@ TEST_F(Move, ThatLeadsNowhereLeavesTheCursorOnTheLastSiblingTried)
     const struct {
         const char *start, *path, *cursor;
     } rows[] = {
-        {"/R/C", "/R/Z", "/R/C"},
-        {"/R/C", "/R/Z[3]", "/R/C"},
-        {"/R/C", "/R/A[3]", "/R/A[2]"},
-        {"/R/C", "/R/D[2]", "/R/D"},
-        {"/R/C", "/R/A[2]/Z", "/R/A[2]"},
-        {"/R/C", "/R/A[2]/B[3]", "/R/A[2]/B[2]"},
-        {"/R/C", "/R/A[2]/B[3]/Z", "/R/A[2]/B[2]"},
-        {"/R/C", "A", "/R/C"},
-        {"/R/C", "A[0]", "/R/C"},
-        {"/R/A[2]", "B[9]", "/R/A[2]/B[2]"},
-        {"/R/C", "../Z", "/R/C"},
-        {"/R/C", "/R/a", "/R/C"},
-        {"/R/A[1]/B", "text", "/R/A[1]/B"},
+#include "cases/moves_nowhere.inc"
     };
     for (const auto& row : rows) {
         start_at(row.start);
@@ -356,11 +319,9 @@ TEST_F(Move, AboveTheRootWarnsAndGoesOn)
         passed_on(failure(KH_WARN_ROOT_REACHED, "kh_tree_go_to_parent"), "kh_tree_go_to_stack_node");
     const struct {
         const char *start, *path, *reached;
-    } rows[] = {{"/R", "..", "/R"},
-                {"/R/A[2]", "../..", "/R"},
-                {"/R/A[2]", "../../C", "/R/C"},
-                {"/R", "../A[2]/B", "/R/A[2]/B"},
-                {"/R", "/R/..", "/R"}};
+    } rows[] = {
+#include "cases/moves_above_root.inc"
+    };
     for (const auto& row : rows) {
         start_at(row.start);
         EXPECT_EQ(move(row.path), warned) << row.path << " is a success, which adds no line of its own";

@@ -1,0 +1,138 @@
+// The cursor: its moves, and what stands where.
+#include "document.h"
+
+#include <kalv/cursor.h>
+#include <kalv/path.h>
+#include <kalv/read.h>
+#include <libxml/tree.h>
+#include <unordered_map>
+#include <vector>
+
+namespace kalv_python {
+
+namespace {
+
+using py::literals::operator""_a;
+
+const xmlNode* cursor(const Call& call)
+{
+    return global_current_status[call.fd]->current;
+}
+
+const xmlNode* first_element(const xmlNode* node)
+{
+    while (node && node->type != XML_ELEMENT_NODE)
+        node = node->next;
+    return node;
+}
+
+const char* name_of(const xmlNode* element)
+{
+    return reinterpret_cast<const char*>(element->name);
+}
+
+/// The paths of the elements below the one at a path. An index is written where the names are not unique, as
+/// in the path of the cursor.
+std::vector<std::string> child_paths(Call& call, Text path)
+{
+    call.run(kh_tree_go_to_path_node, path.c_str());
+    const std::string parent = call.file.currentPathName() + "/";
+    const xmlNode* const first = first_element(cursor(call)->children);
+
+    std::unordered_map<std::string, long> count;
+    for (const xmlNode* child = first; child; child = first_element(child->next))
+        ++count[name_of(child)];
+    std::unordered_map<std::string, long> position;
+    std::vector<std::string> paths;
+    for (const xmlNode* child = first; child; child = first_element(child->next)) {
+        const std::string name = name_of(child);
+        const std::string index = "[" + std::to_string(++position[name]) + "]";
+        paths.push_back(parent + name + (count[name] > 1 ? index : ""));
+    }
+    return paths;
+}
+
+// The method of the object interface prints a line where there is no sibling, and checks nothing.
+bool next_sibling(Call& call)
+{
+    call.file.currentElementName();
+    return first_element(cursor(call)->next) && call.file.nextSibling();
+}
+
+/// Elements of the package, each a path in its document.
+py::object as_element(const py::object& document, const std::string& path)
+{
+    return py::module_::import("kalv._element").attr("Element")(document, path);
+}
+
+py::object element(const py::object& self, Text path)
+{
+    return as_element(self, perform(self.cast<Document&>(), "XmlFile.element", [&](Call& call) {
+                          call.run(kh_tree_go_to_path_node, path.c_str());
+                          return call.file.currentPathName();
+                      }));
+}
+
+py::list children(const py::object& self, Text path)
+{
+    py::list elements;
+    for (const std::string& child : perform(self.cast<Document&>(), "XmlFile.children",
+                                            [&](Call& call) { return child_paths(call, path); }))
+        elements.append(as_element(self, child));
+    return elements;
+}
+
+} // namespace
+
+void define_moves(Methods& methods)
+{
+    methods.add(
+        "root", +[](Call& call) { call.run(kh_tree_rewind); }, "Moves to the root element.");
+    methods.add(
+        "next", +[](Call& call) { call.run(kh_tree_go_to_next_element_node); },
+        "Moves forward, in the order of the file, to the next element.");
+    methods.add(
+        "to_element", +[](Call& call, Text name) { call.run(kh_tree_go_to_element_node, name.c_str()); },
+        "name"_a, "Moves forward, in the order of the file, to the next element of a name.");
+    methods.add(
+        "to_path", +[](Call& call, Text path) { call.run(kh_tree_go_to_path_node, path.c_str()); }, "path"_a,
+        R"(Moves along a path: from the root if it begins with "/", else from the cursor.
+
+>>> doc = kalv.XmlFile.from_bytes(b"<List><Item><Value>1</Value></Item><Item><Value>2</Value></Item></List>")
+>>> doc.to_path("/List/Item[2]")
+>>> doc["Value"]
+'2'
+>>> doc.current_path_name()
+'/List/Item[2]/Value'
+)");
+    methods.add("next_sibling", &next_sibling,
+                R"(Moves to the next element beside the one under the cursor. Returns whether there is one.
+
+>>> doc = kalv.XmlFile.from_bytes(b"<List><Item>1</Item><Item>2</Item></List>")
+>>> doc.to_path("/List/Item")
+>>> doc.next_sibling(), doc.current_path_name(), doc.next_sibling()
+(True, '/List/Item[2]', False)
+)");
+    methods.add(
+        "current_element_name", +[](Call& call) { return call.file.currentElementName(); },
+        "The name of the element under the cursor, without prefix.");
+    methods.add(
+        "current_path_name", +[](Call& call) { return call.file.currentPathName(); },
+        "The path of the element under the cursor.");
+    methods.type.def("element", &element, "path"_a, R"(The element at a path, where the cursor moves.
+
+>>> doc = kalv.XmlFile.from_bytes(b"<List><Item>1</Item></List>")
+>>> doc.element("Item")
+Element('/List/Item')
+)");
+    methods.type.def(
+        "children", &children, "path"_a = ".",
+        R"(The elements directly below the one at a path, as they are now. The cursor moves there.
+
+>>> doc = kalv.XmlFile.from_bytes(b"<List><Item id='a'>1</Item><Item id='b'>2</Item><Sum>3</Sum></List>")
+>>> [child.path for child in doc.children("/List")]
+['/List/Item[1]', '/List/Item[2]', '/List/Sum']
+)");
+}
+
+} // namespace kalv_python
