@@ -1,15 +1,15 @@
 # The two commands that every newcomer needs, and what else is done often. Each installs what it lacks.
 #   make demo    build, and show the library's main job on a product file and on real XML
 #   make test    build, and run all tests
-#   make python-test   build the Python package and run its tests; python-bench compares its speed
 #   make bench   compare the speed with what users would pick instead; ARGS=--quick for a short run
+#   make python-bench   the same for the Python package
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
 #   make package-test   build the Debian packages, install them into a bare folder and use them there
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test python python-test python-bench bench build setup docs abi abi-update package-test format clean
+.PHONY: demo test python-bench bench build setup docs abi abi-update package-test format clean
 
 demo: build
 	cd build/$(PRESET)/examples && \
@@ -38,16 +38,7 @@ package-test:
 	tools/install_packages debhelper doxygen lintian
 	tests/package/packages . build/packages
 
-python:
-	tools/install_packages pybind11-dev python3-dev python3-numpy python3-lxml python3-pip python3-setuptools \
-		python3-wheel mypy
-	cmake --preset $(PRESET) -D KALV_PYTHON=ON
-	cmake --build --preset $(PRESET) --target kalv_python kalv_python_bench
-
-python-test: python
-	ctest --preset $(PRESET) -L python
-
-python-bench: python
+python-bench: build
 	PYTHONPATH=build/$(PRESET)/python /usr/bin/python3 python/bench/compare.py \
 		--program build/$(PRESET)/python/bench/kalv_python_bench $(ARGS)
 

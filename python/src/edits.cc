@@ -8,8 +8,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 /// How much of a value the library keeps.
 constexpr std::size_t longest_value = 510;
 
@@ -75,8 +73,8 @@ void add_node(Call& call, Text path, Text name, const std::optional<Value>& valu
 template <long (*add)(long*, const char*, const char*, long*)>
 void define_adder(Methods& methods, const char* name, const char* documentation)
 {
-    methods.add(name, &add_node<add>, "path"_a, "name"_a, "value"_a = py::none(), "format"_a = "",
-                documentation);
+    methods.add(name, &add_node<add>, py::arg("path"), py::arg("name"), py::arg("value") = py::none(),
+                py::arg("format") = "", documentation);
 }
 
 } // namespace
@@ -84,8 +82,8 @@ void define_adder(Methods& methods, const char* name, const char* documentation)
 void define_edits(Methods& methods)
 {
     methods.add(
-        "create_root", +[](Call& call, Text name) { call.run(kh_tree_create_root, name.c_str()); }, "name"_a,
-        "Gives an empty document its root element, where the cursor then stands.");
+        "create_root", +[](Call& call, Text name) { call.run(kh_tree_create_root, name.c_str()); },
+        py::arg("name"), "Gives an empty document its root element, where the cursor then stands.");
     define_adder<kh_tree_add_child>(
         methods, "add_child",
         R"(Adds an element as last child of the one at a path, with a value if one is given. The cursor moves
@@ -112,7 +110,7 @@ to it.
             +[](Call& call, Text path, const Value& value, Text format) {
                 set_value(call, path.c_str(), value, format);
             },
-            "path"_a, "value"_a, "format"_a = "", documentation);
+            py::arg("path"), py::arg("value"), py::arg("format") = "", documentation);
     };
     define_set("set_value",
                R"(Sets the text of the element or attribute at a path, where the cursor moves.
@@ -129,29 +127,29 @@ text is cut, with a warning.
     methods.add(
         "__setitem__",
         +[](Call& call, Text path, const Value& value) { set_value(call, path.c_str(), value, Text()); },
-        "path"_a, "value"_a, "As `set_value` without a format.");
+        py::arg("path"), py::arg("value"), "As `set_value` without a format.");
 
     const auto remove = +[](Call& call, Text path) { call.run(kh_tree_remove_node, path.c_str()); };
     methods.add(
-        "remove_node", remove, "path"_a,
+        "remove_node", remove, py::arg("path"),
         "Removes the attribute at a path, or the element with all below it. The cursor moves to the parent.");
-    methods.add("__delitem__", remove, "path"_a, "As `remove_node`.");
+    methods.add("__delitem__", remove, py::arg("path"), "As `remove_node`.");
     methods.add(
         "copy_node",
         +[](Call& call, Text path, const FileName& source_file, Text source_path) {
             const py::gil_scoped_release released;
             call.run(kh_copy_node, path.c_str(), source_file.bytes.c_str(), source_path.c_str());
         },
-        "path"_a, "source_file"_a, "source_path"_a,
+        py::arg("path"), py::arg("source_file"), py::arg("source_path"),
         "Appends a copy of a node of another file, with all below it, to the element at a path.");
     methods.add(
         "set_schema",
         +[](Call& call, Text schema, bool version) { call.file.setSchema(schema.string(), version); },
-        "schema"_a, "version"_a = true,
+        py::arg("schema"), py::arg("version") = true,
         "Sets the schema reference of the element under the cursor, by default with the schema's version.");
     methods.add(
         "remove_schema", +[](Call& call, bool everything) { call.file.removeSchema(everything); },
-        "everything"_a = false,
+        py::arg("everything") = false,
         R"(Removes the schema reference of the element under the cursor; with `everything`, all its declarations
 and attributes.)");
 }

@@ -9,8 +9,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 void create(Call& call, long header_type)
 {
     call.run(kh_tree_create_header, &header_type);
@@ -30,7 +28,7 @@ void set_items(Call& call, const KALV::FixedHeader& header)
 void define_header(Methods& methods)
 {
     methods.add(
-        "create_header", &create, "header"_a,
+        "create_header", &create, py::arg("header"),
         R"(Gives the document the skeleton of a header, where the cursor stands on `Variable_Header`. The type is
 the format version * 10 + the extension type, see `kalv.file_name.Extension`.)");
     methods.add(
@@ -39,17 +37,17 @@ the format version * 10 + the extension type, see `kalv.file_name.Extension`.)")
             create(call, header.headerType);
             set_items(call, header);
         },
-        "header"_a, "The same for a `FixedHeader`, with its items.");
+        py::arg("header"), "The same for a `FixedHeader`, with its items.");
     methods.add(
         "get_fixed_header_item",
-        +[](Call& call, Text item) { return call.file.getFixedHeaderItem(item.string()); }, "item"_a,
+        +[](Call& call, Text item) { return call.file.getFixedHeaderItem(item.string()); }, py::arg("item"),
         "The text of one item, named by its tag. The cursor moves to it.");
     methods.add(
         "set_fixed_header_item",
         +[](Call& call, Text item, Text value) {
             call.run(kh_tree_set_fixed_header_item, item.c_str(), value.c_str());
         },
-        "item"_a, "value"_a, "Writes one item, named by its tag. The cursor moves to it.");
+        py::arg("item"), py::arg("value"), "Writes one item, named by its tag. The cursor moves to it.");
 
     methods.type.def_property(
         "header",

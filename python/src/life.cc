@@ -9,8 +9,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 /// Opens the file that an object is made with, or none.
 std::unique_ptr<Document> make(const std::optional<FileName>& path)
 {
@@ -70,7 +68,7 @@ py::object from_bytes(const py::object& type, const py::object& data)
 void define_life(Methods& methods)
 {
     auto& type = methods.type;
-    type.def(py::init(&make), "path"_a = py::none());
+    type.def(py::init(&make), py::arg("path") = py::none());
 
     // These give the object back, which add() does not know.
     type.def(
@@ -96,7 +94,7 @@ void define_life(Methods& methods)
             });
             return self;
         },
-        "path"_a,
+        py::arg("path"),
         R"(Reads a file, in place of the document held so far, which is let go even when this fails. The
 cursor stands on the root. Returns the object itself.)");
     type.def(
@@ -108,9 +106,9 @@ cursor stands on the root. Returns the object itself.)");
             });
             return self;
         },
-        "data"_a, "Reads a document from memory, else as `read`. Returns the object itself.");
+        py::arg("data"), "Reads a document from memory, else as `read`. Returns the object itself.");
     type.attr("from_bytes") = py::reinterpret_steal<py::object>(PyClassMethod_New(
-        py::cpp_function(&from_bytes, py::name("from_bytes"), "cls"_a, "data"_a,
+        py::cpp_function(&from_bytes, py::name("from_bytes"), py::arg("cls"), py::arg("data"),
                          R"(A document read from memory: `bytes`, or anything that shows its memory as such.
 
 >>> kalv.XmlFile.from_bytes(b"<List><Item>1</Item></List>")["/List/Item"]
@@ -125,7 +123,7 @@ cursor stands on the root. Returns the object itself.)");
             const py::gil_scoped_release released;
             call.run(kh_tree_write, name.c_str());
         },
-        "path"_a = py::none(),
+        py::arg("path") = py::none(),
         R"(Saves the document, by default to the file it was read from. The file there is replaced only when the
 new one is complete. The cursor and the document stay as they are, also after a failure.)");
     type.def("to_bytes", &to_bytes, R"(The bytes that `save` writes.

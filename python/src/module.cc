@@ -9,8 +9,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 /// The library ends libxml2's work when the last document goes, as long as the process has a single thread.
 /// Other modules that use libxml2 do not survive that, so there is always one document more.
 void keep_libxml2_alive()
@@ -54,12 +52,12 @@ PYBIND11_MODULE(_core, module)
     module.def("set_verbose", &KALV::FileHandlingFunc::setVerbose,
                "From now on the library prints its reports on standard error, too.");
     module.def("set_silent", &KALV::FileHandlingFunc::setSilent, "From now on nothing is printed.");
-    module.def("compose_file_name", &compose, "satellite"_a, "file_class"_a, "file_type"_a, "instance"_a,
-               "extension"_a);
-    module.def("split_file_name", &split, "name"_a);
+    module.def("compose_file_name", &compose, py::arg("satellite"), py::arg("file_class"),
+               py::arg("file_type"), py::arg("instance"), py::arg("extension"));
+    module.def("split_file_name", &split, py::arg("name"));
     module.def(
-        "satellite_id", [](Text name) { return KH_Get_sat_id(name.c_str()); }, "name"_a);
-    module.def("extension_of", &KH_Get_file_extension_type, "satellite"_a);
+        "satellite_id", [](Text name) { return KH_Get_sat_id(name.c_str()); }, py::arg("name"));
+    module.def("extension_of", &KH_Get_file_extension_type, py::arg("satellite"));
 
     py::class_<Document> type(module, "XmlFile", R"(An XML document, with a cursor.
 

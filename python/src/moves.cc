@@ -12,8 +12,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 const xmlNode* cursor(const Call& call)
 {
     return global_current_status[call.fd]->current;
@@ -93,9 +91,10 @@ void define_moves(Methods& methods)
         "Moves forward, in the order of the file, to the next element.");
     methods.add(
         "to_element", +[](Call& call, Text name) { call.run(kh_tree_go_to_element_node, name.c_str()); },
-        "name"_a, "Moves forward, in the order of the file, to the next element of a name.");
+        py::arg("name"), "Moves forward, in the order of the file, to the next element of a name.");
     methods.add(
-        "to_path", +[](Call& call, Text path) { call.run(kh_tree_go_to_path_node, path.c_str()); }, "path"_a,
+        "to_path", +[](Call& call, Text path) { call.run(kh_tree_go_to_path_node, path.c_str()); },
+        py::arg("path"),
         R"(Moves along a path: from the root if it begins with "/", else from the cursor.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item><Value>1</Value></Item><Item><Value>2</Value></Item></List>")
@@ -119,14 +118,14 @@ void define_moves(Methods& methods)
     methods.add(
         "current_path_name", +[](Call& call) { return call.file.currentPathName(); },
         "The path of the element under the cursor.");
-    methods.type.def("element", &element, "path"_a, R"(The element at a path, where the cursor moves.
+    methods.type.def("element", &element, py::arg("path"), R"(The element at a path, where the cursor moves.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item>1</Item></List>")
 >>> doc.element("Item")
 Element('/List/Item')
 )");
     methods.type.def(
-        "children", &children, "path"_a = ".",
+        "children", &children, py::arg("path") = ".",
         R"(The elements directly below the one at a path, as they are now. The cursor moves there.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item id='a'>1</Item><Item id='b'>2</Item><Sum>3</Sum></List>")

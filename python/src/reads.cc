@@ -9,8 +9,6 @@ namespace kalv_python {
 
 namespace {
 
-using py::literals::operator""_a;
-
 /// The functions that read values of a type, and what Python calls the type.
 template <class Stored>
 struct Reads;
@@ -79,7 +77,7 @@ void define_typed_reads(Methods& methods)
     methods.add(
         "get_element_value" + suffix,
         +[](Call& call, Text element) { return read<Stored>(call, Functions::element, asked_for(element)); },
-        "element"_a,
+        py::arg("element"),
         documented(
             "the value of the next element of a name behind the cursor, which moves there. An empty name is "
             "the one asked for before.")
@@ -89,25 +87,27 @@ void define_typed_reads(Methods& methods)
         +[](Call& call, Text element, Text attribute) {
             return read<Stored>(call, Functions::attribute, asked_for(element), asked_for(attribute));
         },
-        "element"_a, "attribute"_a,
+        py::arg("element"), py::arg("attribute"),
         documented(
             "an attribute of the element under the cursor if that has the name, else of the next one that "
             "has it; the cursor moves there. An empty name is the one asked for before.")
             .c_str());
     methods.add(
         "get_path_value" + suffix,
-        +[](Call& call, Text path) { return read<Stored>(call, Functions::path, path.c_str()); }, "path"_a,
+        +[](Call& call, Text path) { return read<Stored>(call, Functions::path, path.c_str()); },
+        py::arg("path"),
         documented("the value of the element or attribute at a path, along which the cursor moves.").c_str());
     methods.add(
         "get_element_array" + suffix,
         +[](Call& call, Text element) {
             return read_array<Stored>(call, Functions::element_array, element.c_str());
         },
-        "element"_a, documented("the values of all elements of a name.").c_str());
+        py::arg("element"), documented("the values of all elements of a name.").c_str());
     methods.add(
         "get_path_array" + suffix,
         +[](Call& call, Text path) { return read_array<Stored>(call, Functions::path_array, path.c_str()); },
-        "path"_a, documented("the values of all nodes that a path with one \"[*]\" stands for.").c_str());
+        py::arg("path"),
+        documented("the values of all nodes that a path with one \"[*]\" stands for.").c_str());
 }
 
 bool is_missing(long code)
@@ -152,7 +152,7 @@ Array<Stored> path_array(Document& document, Text path)
 
 py::array converted(const py::array& array, const py::dtype& type)
 {
-    return array.attr("astype")(type, "copy"_a = false);
+    return array.attr("astype")(type, py::arg("copy") = false);
 }
 
 /// Integers in a type of another width, where numpy would cut those that do not fit.
@@ -206,14 +206,16 @@ void define_reads(Methods& methods)
         [](Document& document, Text path) {
             return value_or<char*>(document, "XmlFile[]", path, py::ellipsis());
         },
-        "path"_a, "The text of the element or attribute at a path, along which the cursor moves.");
-    methods.add("__contains__", &contains, "path"_a, "Whether a path leads to an element or attribute.");
+        py::arg("path"), "The text of the element or attribute at a path, along which the cursor moves.");
+    methods.add("__contains__", &contains, py::arg("path"),
+                "Whether a path leads to an element or attribute.");
     type.def(
         "get",
         [](Document& document, Text path, const py::object& otherwise) {
             return value_or<char*>(document, "XmlFile.get", path, otherwise);
         },
-        "path"_a, "default"_a = py::none(), R"(The text at a path, or the default where there is no value.
+        py::arg("path"), py::arg("default") = py::none(),
+        R"(The text at a path, or the default where there is no value.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item id='a'>1</Item><Item/></List>")
 >>> doc.get("/List/Item[1]/@id"), doc.get("/List/Item[2]"), doc.get("/List/None", "none")
@@ -224,14 +226,14 @@ void define_reads(Methods& methods)
         [](Document& document, Text path, const py::object& otherwise) {
             return value_or<char*>(document, "XmlFile.get_str", path, otherwise);
         },
-        "path"_a, "default"_a = py::ellipsis(),
+        py::arg("path"), py::arg("default") = py::ellipsis(),
         "The text at a path. Where there is no value: the default, or without one an error.");
     type.def(
         "get_int",
         [](Document& document, Text path, const py::object& otherwise) {
             return value_or<long>(document, "XmlFile.get_int", path, otherwise);
         },
-        "path"_a, "default"_a = py::ellipsis(),
+        py::arg("path"), py::arg("default") = py::ellipsis(),
         R"(The integer at a path. Where there is no value: the default, or without one an error.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List count='2'><Item>1.5</Item></List>")
@@ -243,7 +245,7 @@ void define_reads(Methods& methods)
         [](Document& document, Text path, const py::object& otherwise) {
             return value_or<double>(document, "XmlFile.get_float", path, otherwise);
         },
-        "path"_a, "default"_a = py::ellipsis(),
+        py::arg("path"), py::arg("default") = py::ellipsis(),
         R"(The real at a path. Where there is no value: the default, or without one an error.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List count='2'><Item>1.5</Item></List>")
@@ -251,7 +253,7 @@ void define_reads(Methods& methods)
 1.5
 )");
     type.def(
-        "values", &values, "path"_a, "dtype"_a = py::type::of(py::float_()),
+        "values", &values, py::arg("path"), py::arg("dtype") = py::type::of(py::float_()),
         R"(The values of all nodes that a path with one "[*]" stands for, as an array of numpy's. The array is
 the block that the library read them into: no value becomes an object. The interpreter's lock is released while
 they are read.
@@ -265,7 +267,7 @@ array([1.5, 2. ])
 array(['2031-05-01', '2031-05-02'], dtype='datetime64[D]')
 )");
     methods.add(
-        "get_string_values_from_list", &list_values, "list_path"_a, "item"_a,
+        "get_string_values_from_list", &list_values, py::arg("list_path"), py::arg("item"),
         R"(The texts of a list: from the element at a path on, the next element of a name as often as the
 attribute "count" of that element says.)");
     methods.add(
@@ -273,7 +275,7 @@ attribute "count" of that element says.)");
         +[](Call& call, Text element, Text value) {
             return call.file.findValueInElement(element.string(), value.string());
         },
-        "element"_a, "value"_a,
+        py::arg("element"), py::arg("value"),
         "The path of the first element of a name behind the cursor that has a value. The cursor moves "
         "there.");
     methods.add(
@@ -282,7 +284,7 @@ attribute "count" of that element says.)");
             const py::gil_scoped_release released;
             return call.file.findValueInPath(path.string(), value.string());
         },
-        "path"_a, "value"_a,
+        py::arg("path"), py::arg("value"),
         R"(The path of the first node with a value, of those that a path with "[*]" stands for.
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item><Id>a</Id></Item><Item><Id>b</Id></Item></List>")

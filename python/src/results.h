@@ -12,7 +12,7 @@ namespace kalv_python {
 
 inline pybind11::str as_str(const char* text)
 {
-    const auto made = pybind11::reinterpret_steal<pybind11::str>(PyUnicode_FromString(text));
+    auto made = pybind11::reinterpret_steal<pybind11::str>(PyUnicode_FromString(text));
     if (!made)
         throw pybind11::error_already_set();
     return made;

@@ -1,4 +1,4 @@
-"""Imports the package from an installed tree and from a wheel, each in a folder of its own that is then moved."""
+"""Imports the package from an installed tree that was moved, and from a wheel in a virtual environment."""
 
 import os
 import pathlib
@@ -23,37 +23,34 @@ def run(*command, **more):
     subprocess.run([str(part) for part in command], check=True, stdout=subprocess.DEVNULL, **more)
 
 
-def expect_all_from(folder, package):
-    """Uses the package of a folder, where everything has to come from."""
-    moved = folder.with_name(folder.name + "_moved")
-    folder.rename(moved)
-    environment = {name: value for name, value in os.environ.items() if name != "LD_LIBRARY_PATH"}
-    environment["PYTHONPATH"] = str(moved / package)
-    shown = subprocess.run([sys.executable, "-c", USE], env=environment, check=True, capture_output=True, text=True)
+def expect_all_from(folder, interpreter, **more):
+    """Uses the package where an interpreter finds it; it and the libraries have to come from a folder."""
+    environment = {name: value for name, value in os.environ.items() if name not in ("LD_LIBRARY_PATH", "PYTHONPATH")}
+    environment.update(more)
+    shown = subprocess.run([interpreter, "-c", USE], env=environment, check=True, capture_output=True, text=True)
     files = shown.stdout.split()
     assert len(files) == 3, files
     for file in files:
-        assert file.startswith(f"{moved}/"), file
-
-
-def package_folder(root):
-    (init,) = root.rglob("kalv/__init__.py")
-    return init.parents[1].relative_to(root)
+        assert file.startswith(f"{folder}/"), file
 
 
 with tempfile.TemporaryDirectory() as name:
     temporary = pathlib.Path(name).resolve()
-    installed = temporary / "installed"
-    run("cmake", "--install", BUILD, "--prefix", installed)
-    expect_all_from(installed, package_folder(installed))
+    run("cmake", "--install", BUILD, "--prefix", temporary / "installed")
+    moved = (temporary / "installed").rename(temporary / "moved")
+    (package,) = moved.rglob("kalv/__init__.py")
+    expect_all_from(moved, sys.executable, PYTHONPATH=str(package.parents[1]))
 
     source = temporary / "python"  # making a wheel leaves files beside its sources
     run("cp", "-r", PYTHON, source)
     run("cp", PYTHON.parent / "CMakeLists.txt", temporary)
-    run(sys.executable, "-m", "pip", "wheel", "-q", "--root-user-action=ignore", "--no-build-isolation", "--no-deps", "--no-index",
-        "-w", temporary / "wheels", source)
+    pip = (sys.executable, "-m", "pip", "-q", "--disable-pip-version-check", "--no-cache-dir")
+    offline = ("--no-deps", "--no-index")
+    run(*pip, "wheel", "--no-build-isolation", *offline, "-w", temporary / "wheels", source)
     (wheel,) = (temporary / "wheels").iterdir()
-    unpacked = temporary / "unpacked"
-    run(sys.executable, "-m", "pip", "install", "-q", "--root-user-action=ignore", "--no-deps", "--no-index", "--target", unpacked, wheel)
-    expect_all_from(unpacked, pathlib.Path("."))
+    environment = temporary / "environment"
+    run(sys.executable, "-m", "venv", "--without-pip", "--system-site-packages", environment)
+    interpreter = environment / "bin" / "python3"
+    run(*pip, "--python", interpreter, "install", *offline, wheel)
+    expect_all_from(environment, interpreter)
 print("imported from the installed tree and from", wheel.name)
