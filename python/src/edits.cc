@@ -8,24 +8,8 @@ namespace kalv_python {
 
 namespace {
 
-/// How much of a value the library keeps.
-constexpr std::size_t longest_value = 510;
-
-/// The library is silent about a text that is one byte too long.
-long warning_of_length()
-{
-    kh_error_record record;
-    kh_init_error(&record);
-    return kh_handle_error(&record, KH_WARN_LENGTH, 1, "\n\tFunction: %s", "XmlFile.set_value");
-}
-
-const char* either(Text format, const char* otherwise)
-{
-    return format.empty() ? otherwise : format.c_str();
-}
-
-/// Sets a value. Without a format nothing of it is lost: an integer of any size keeps all its digits, a real
-/// reads back as the same number, and a text that is cut gets its warning at the first character.
+/// Sets a value. Without a format nothing of it is lost: a text is taken as it is, an integer keeps all its
+/// digits, and a real reads back as the same number.
 struct Setter {
     Call& call;
     const char* path;
@@ -33,13 +17,14 @@ struct Setter {
 
     void operator()(Text text) const
     {
-        call.run(kh_tree_set_string_node_value, path, text.c_str(), either(format, "%s"));
-        if (call.status == KH_OK && format.empty() && text.string().size() > longest_value)
-            call.status = warning_of_length();
+        if (format.empty())
+            call.run(kh_tree_set_text, path, text.c_str());
+        else
+            call.run(kh_tree_set_string_node_value, path, text.c_str(), format.c_str());
     }
     void operator()(long integer) const
     {
-        call.run(kh_tree_set_integer_node_value, path, &integer, either(format, "%ld"));
+        call.run(kh_tree_set_integer_node_value, path, &integer, format.empty() ? "%ld" : format.c_str());
     }
     void operator()(double real) const
     {
@@ -51,7 +36,7 @@ struct Setter {
             PyOS_double_to_string(real, 'r', 0, Py_DTSF_ADD_DOT_0, nullptr), PyMem_Free);
         if (!text)
             throw py::error_already_set();
-        call.run(kh_tree_set_string_node_value, path, text.get(), "%s");
+        call.run(kh_tree_set_text, path, text.get());
     }
 };
 
@@ -115,9 +100,9 @@ to it.
     define_set("set_value",
                R"(Sets the text of the element or attribute at a path, where the cursor moves.
 
-A format is that of printf and must fit the value: "%s", "%ld" or "%.3f". Without one, an integer is written with all
-its digits and a real with as many as it takes to read the same number back. At most 510 bytes are kept: a longer
-text is cut, with a warning.
+Without a format, a text is set as it is, an integer with all its digits, and a real with as many as it takes to read
+the same number back. A format is that of printf and must fit the value: "%s", "%ld" or "%.3f". With one, 510 bytes are
+kept at most, with a warning where a text is cut, and what looks like a reference in a text is one, as "&amp;".
 
 >>> doc = kalv.XmlFile.from_bytes(b"<List><Item/></List>")
 >>> doc.set_value("/List/Item", 2.5, "%.2f")

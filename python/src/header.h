@@ -52,7 +52,8 @@ struct type_caster<KALV::FixedHeader> {
             using Member = std::decay_t<decltype(member)>;
             using Taken = std::conditional_t<std::is_same_v<Member, std::string>, kalv_python::Text, Member>;
             make_caster<Taken> item;
-            if (!item.load(source.attr(tag), true))
+            const object given = source.attr(tag); // which a text may live in
+            if (!item.load(given, true))
                 throw type_error(std::string("FixedHeader.") + tag + " has the wrong type");
             member = convert(cast_op<Taken>(item));
         });

@@ -148,6 +148,8 @@ True
         return py::str("<kalv.XmlFile {!r}{}>")
             .format(file_name(document), descriptor(document) < 0 ? " closed" : "");
     });
+    // What has paths as keys is not gone through by number.
+    type.attr("__iter__") = py::none();
     // What copying and pickling ask for. A copy would be the same document twice.
     type.def("__reduce_ex__", [](const py::object&, int) -> py::object {
         throw py::type_error(

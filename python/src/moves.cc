@@ -2,9 +2,9 @@
 #include "document.h"
 
 #include <kalv/cursor.h>
+#include <kalv/node.h>
 #include <kalv/path.h>
 #include <kalv/read.h>
-#include <libxml/tree.h>
 #include <unordered_map>
 #include <vector>
 
@@ -12,21 +12,25 @@ namespace kalv_python {
 
 namespace {
 
-const xmlNode* cursor(const Call& call)
+kh_node described(const _xmlNode* node)
 {
-    return global_current_status[call.fd]->current;
+    kh_node description{};
+    kh_node_describe(node, &description);
+    return description;
 }
 
-const xmlNode* first_element(const xmlNode* node)
+kh_node cursor(const Call& call)
 {
-    while (node && node->type != XML_ELEMENT_NODE)
-        node = node->next;
+    return described(global_current_status[call.fd]->current);
+}
+
+/// The first element from a node on; null where there is none.
+_xmlNode* first_element(_xmlNode* node)
+{
+    kh_node description{};
+    while (kh_node_describe(node, &description) && description.kind != KH_NODE_ELEMENT)
+        node = description.next;
     return node;
-}
-
-const char* name_of(const xmlNode* element)
-{
-    return reinterpret_cast<const char*>(element->name);
 }
 
 /// The paths of the elements below the one at a path. An index is written where the names are not unique, as
@@ -35,26 +39,33 @@ std::vector<std::string> child_paths(Call& call, Text path)
 {
     call.run(kh_tree_go_to_path_node, path.c_str());
     const std::string parent = call.file.currentPathName() + "/";
-    const xmlNode* const first = first_element(cursor(call)->children);
-
+    std::vector<std::string> names;
     std::unordered_map<std::string, long> count;
-    for (const xmlNode* child = first; child; child = first_element(child->next))
-        ++count[name_of(child)];
+    _xmlNode* child = first_element(cursor(call).first_child);
+    while (child) {
+        const kh_node description = described(child);
+        names.emplace_back(description.name);
+        ++count[names.back()];
+        child = first_element(description.next);
+    }
+
     std::unordered_map<std::string, long> position;
     std::vector<std::string> paths;
-    for (const xmlNode* child = first; child; child = first_element(child->next)) {
-        const std::string name = name_of(child);
+    for (const std::string& name : names) {
         const std::string index = "[" + std::to_string(++position[name]) + "]";
         paths.push_back(parent + name + (count[name] > 1 ? index : ""));
     }
     return paths;
 }
 
-// The method of the object interface prints a line where there is no sibling, and checks nothing.
+/// The method of the object interface prints a line where there is no sibling, and checks nothing.
 bool next_sibling(Call& call)
 {
     call.file.currentElementName();
-    return first_element(cursor(call)->next) && call.file.nextSibling();
+    _xmlNode* const sibling = first_element(cursor(call).next);
+    if (sibling)
+        call.run(kh_tree_go_to_node, sibling);
+    return sibling != nullptr;
 }
 
 /// Elements of the package, each a path in its document.

@@ -102,14 +102,15 @@ namespace pybind11::detail {
 
 template <class Result>
 struct result_caster {
-    static constexpr auto name = const_name("object");
     static handle cast(Result&& result, return_value_policy, handle) { return result.in_python().release(); }
 };
 template <class Stored>
 struct type_caster<kalv_python::Received<Stored>> : result_caster<kalv_python::Received<Stored>> {
+    static constexpr auto name = make_caster<Stored>::name;
 };
 template <class Stored>
 struct type_caster<kalv_python::Array<Stored>> : result_caster<kalv_python::Array<Stored>> {
+    static constexpr auto name = const_name<std::is_pointer_v<Stored>>("list[str]", "numpy.ndarray");
 };
 
 } // namespace pybind11::detail

@@ -98,15 +98,23 @@ def test_what_xml_does_not_allow(doc):
     assert code_of(lambda: doc.set_value("/R/A", "\x01")) == kalv.Status.ERR_ARGUMENT
 
 
-@pytest.mark.parametrize("length", [510, 511, 512, 2000])
-def test_a_text_that_is_cut_warns(doc, length):
-    if length > 510:
-        with pytest.warns(kalv.KalvWarning) as caught:
-            doc["/R/A"] = "x" * length
-        assert caught[0].message.code == kalv.Status.WARN_LENGTH
-    else:
-        doc["/R/A"] = "x" * length
-    assert doc["/R/A"] == "x" * min(length, 510)
+@pytest.mark.parametrize("text", ["x" * 1_000_000, "a &amp; b", "&none;", " <&>\"' ", "\u20ac" * 511, "%s"])
+def test_a_text_is_set_as_it_is(doc, text):
+    doc["/R/A"] = text
+    doc.add_child("/R", "B", text)
+    doc.add_attribute("/R/B", "b", text)
+    for path in ("/R/A", "/R/B", "/R/B/@b"):
+        assert doc[path] == text
+        assert kalv.XmlFile.from_bytes(doc.to_bytes())[path] == text
+
+
+def test_with_a_format_a_text_is_cut_and_has_references(doc):
+    with pytest.warns(kalv.KalvWarning) as caught:
+        doc.set_value("/R/A", "x" * 2000, "%s")
+    assert caught[0].message.code == kalv.Status.WARN_LENGTH
+    assert doc["/R/A"] == "x" * 510
+    doc.set_value("/R/A", "a &amp; b", "%s")
+    assert doc["/R/A"] == "a & b"
 
 
 def test_a_node_stays_where_its_value_fails(doc):

@@ -247,6 +247,12 @@ def test_subclass(file):
             assert same is doc
 
 
+def test_a_document_is_not_gone_through_by_number(file):
+    for use in (iter, list, len, reversed):
+        with pytest.raises(TypeError, match="no len|not iterable|not reversible|not a sequence"):
+            use(kalv.XmlFile(file))
+
+
 def test_weak_reference(file):
     doc = kalv.XmlFile(file)
     reference = weakref.ref(doc)
