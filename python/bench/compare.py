@@ -1,14 +1,15 @@
 """Compares ways to open a file and read an array of reals into numpy, side by side.
 
-    compare.py [--values N] [--repeat N] [--program KALV_PYTHON_BENCH]
+    compare.py [--values N] [--rounds N] [--repeat N] [--program KALV_PYTHON_BENCH]
 
-Every contender runs in a process of its own, several times in turn; what counts is its fastest repetition. The sums
-of the values have to agree. Times are milliseconds of the processor, so that what else the machine does counts little;
-"/ kalv" is how many times as long as the package's it is.
+Every contender runs in a process of its own, and all take turns, round by round. What a process does once, such as
+importing modules, is not counted. The sums of the values have to agree. Times are medians, in milliseconds of the
+processor, so that what else the machine does counts little; "/ kalv" is how many times as long as the package's it is.
 """
 
 import argparse
 import pathlib
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -84,6 +85,7 @@ WAYS = {
 
 def measure(way, file, path, other_path, repeat):
     """What a process of its own runs; prints what read_values.cc prints."""
+    WAYS[way](file, path, other_path)
     for _ in range(repeat):
         begin = time.process_time()
         values, reading = WAYS[way](file, path, other_path)
@@ -93,11 +95,10 @@ def measure(way, file, path, other_path, repeat):
 
 def times_of(command):
     *lines, total = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
-    repetitions = [[float(part) for part in line.split()] for line in lines]
-    return [min(column) for column in zip(*repetitions)], float(total)
+    return [[float(part) for part in line.split()] for line in lines], float(total)
 
 
-def compare(shape, folder, values, repeat, program):
+def compare(shape, folder, values, rounds, repeat, program):
     row, path, other_path = SHAPES[shape]
     file = folder / "file.xml"
     rows = "".join("  " + row.format(700 + i % 1000 / 7) for i in range(values))
@@ -106,14 +107,15 @@ def compare(shape, folder, values, repeat, program):
     commands = {way: [sys.executable, __file__, "--way", way, file, path, other_path, str(repeat)] for way in WAYS}
     if program:
         commands["C++"] = [program, file, path, str(repeat)]
-    times = {way: [float("inf")] * 2 for way in commands}
+    measured = {way: [] for way in commands}
     totals = set()
-    for _ in range(3):
+    for _ in range(rounds):
         for way, command in commands.items():
-            measured, total = times_of(command)
-            times[way] = [min(pair) for pair in zip(times[way], measured)]
+            repetitions, total = times_of(command)
+            measured[way] += repetitions
             totals.add(round(total, 3))
     assert len(totals) == 1, totals
+    times = {way: [statistics.median(column) for column in zip(*rows)] for way, rows in measured.items()}
 
     print(f"\n{shape}: {values} values, {file.stat().st_size / 1e6:.1f} MB\n")
     print(f"| {'':<20} | {'open and read':>13} | {'/ kalv':>6} | {'read alone':>10} | {'/ kalv':>6} |")
@@ -126,12 +128,13 @@ def compare(shape, folder, values, repeat, program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--values", type=int, default=100_000)
-    parser.add_argument("--repeat", type=int, default=7)
+    parser.add_argument("--rounds", type=int, default=9)
+    parser.add_argument("--repeat", type=int, default=5, help="how often a process reads the file")
     parser.add_argument("--program", help="the C++ program to compare with")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as folder:
         for shape in SHAPES:
-            compare(shape, pathlib.Path(folder), arguments.values, arguments.repeat, arguments.program)
+            compare(shape, pathlib.Path(folder), arguments.values, arguments.rounds, arguments.repeat, arguments.program)
 
 
 if __name__ == "__main__":

@@ -28,7 +28,8 @@ int main(int count, char** arguments)
     }
     double sum = 0;
     std::cout << std::setprecision(17);
-    for (long repetition = std::atol(arguments[3]); repetition > 0; --repetition) {
+    const long repetitions = std::atol(arguments[3]);
+    for (long repetition = 0; repetition <= repetitions; ++repetition) {
         const double begin = processor_time();
         KALV::XmlFile file(arguments[1]);
         const double open = processor_time();
@@ -37,7 +38,8 @@ int main(int count, char** arguments)
         const double read = processor_time();
         file.clean();
         const double end = processor_time();
-        std::cout << end - begin << ' ' << read - open << '\n';
+        if (repetition > 0) // the first one warms up
+            std::cout << end - begin << ' ' << read - open << '\n';
         sum = std::accumulate(values.begin(), values.end(), 0.0);
     }
     std::cout << sum << '\n';

@@ -1,6 +1,6 @@
-"""From a product file to a plot: docs/python_tour.md goes through it step by step.
+"""From a product file to arrays: docs/python_tour.md goes through it step by step.
 
-Usage: python_tour.py FILE     the product file of the tutorial
+Usage: tour.py FILE     the product file of the tutorial
 """
 
 import dataclasses
@@ -51,25 +51,6 @@ with kalv.XmlFile(name) as doc:
 times = numpy.char.replace(texts, "UTC=", "").astype("datetime64[s]")
 print(heights.shape, heights.dtype, times.dtype)
 print(f"from {heights.min()} m to {heights.max()} m, highest at {times[heights.argmax()]}")
-
-# Plot it as text.
-rows = numpy.round((heights[::2] - heights.min()) / numpy.ptp(heights) * 12).astype(int)
-for row in range(12, -1, -1):
-    level = heights.min() + row / 12 * numpy.ptp(heights)
-    line = "".join("*" if at == row else " " for at in rows)
-    print(f"{level:6.2f} |{line.rstrip()}")
-print("    m  +" + "-" * len(rows))
-
-# Plot it as a picture, which is a document, too.
-picture = kalv.XmlFile().create()
-picture.create_root("svg")
-for attribute, value in {"xmlns": "http://www.w3.org/2000/svg", "width": 640, "height": 240}.items():
-    picture.add_attribute("/svg", attribute, value)
-for x, height in zip(20 + 600 * (times - times[0]) / (times[-1] - times[0]), heights):
-    picture.add_child("/svg", "circle")
-    for attribute, value in {"cx": x, "cy": 120 - 90 * height, "r": 2.0}.items():
-        picture.add_attribute(".", attribute, value, "%.1f")
-picture.save("heights.svg")
 
 # What goes wrong says so.
 try:
