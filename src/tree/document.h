@@ -15,7 +15,7 @@ namespace kh {
 
 /// A slot of the table: the fields that callers may read, and behind them the library's own.
 struct Document : kh_document_slot {
-    Document() noexcept : kh_document_slot() {}
+    Document() noexcept { static_cast<kh_document_slot&>(*this) = {}; }
     ~Document();
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
