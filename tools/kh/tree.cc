@@ -84,7 +84,7 @@ std::optional<Attribute> attribute_of(const Node& element, const std::string& na
     std::optional<Attribute> without_prefix;
     for (Attribute& attribute : attributes_of(element)) {
         if (attribute.name == name)
-            return std::move(attribute);
+            return std::make_optional(std::move(attribute));
         if (!without_prefix && attribute.name.substr(attribute.name.find(':') + 1) == name)
             without_prefix = std::move(attribute);
     }

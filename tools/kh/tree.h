@@ -15,7 +15,7 @@ namespace tool {
 
 /// A node and its description.
 struct Node : kh_node {
-    Node() : kh_node() {}
+    Node() : Node(nullptr) {}
     explicit Node(struct _xmlNode* node) : kh_node(), handle(node) { kh_node_describe(node, this); }
 
     explicit operator bool() const { return handle != nullptr; }
