@@ -67,6 +67,16 @@ xmlNs* namespace_of(xmlNode* element, const char* name, const xmlChar*& local_na
     return space;
 }
 
+/// The attribute of a local name in a namespace, whichever prefix it is written with: an element has one.
+xmlAttr* attribute_in(const xmlNode* element, const xmlNs& space, const xmlChar* local_name) noexcept
+{
+    xmlAttr* attribute = first_attribute(element);
+    while (attribute && !(attribute->ns && xmlStrEqual(attribute->ns->href, space.href) &&
+                          xmlStrEqual(attribute->name, local_name)))
+        attribute = attribute->next;
+    return attribute;
+}
+
 /// A URI as libxml2 keeps it in declarations, which it writes without escaping anything.
 XmlText escaped_uri(std::string_view uri, std::string_view special) noexcept
 {
@@ -141,7 +151,15 @@ bool set_attribute(xmlNode* element, const char* name, const char* value) noexce
     const ParserCall call;
     const xmlChar* local_name = to_xml(name);
     xmlNs* space = namespace_of(element, name, local_name);
-    return !call.out_of_memory() && add_attribute(element, space, local_name, value);
+    if (call.out_of_memory())
+        return false;
+    xmlAttr* attribute = space ? attribute_in(element, *space, local_name) : nullptr;
+    if (!attribute)
+        return add_attribute(element, space, local_name, value);
+    if (!set_text(attribute, value))
+        return false;
+    attribute->ns = space;
+    return true;
 }
 
 bool set_attribute_in(xmlNode* element, xmlNs* space, const char* local_name, const char* value)

@@ -489,6 +489,9 @@ TEST(SetAttribute, TellsAttributesApartByTheirWrittenName)
         {"<r xmlns:p=\"u\" a=\"0\" p:a=\"0\"/>", "/r/@p:a", "1", "<r xmlns:p=\"u\" a=\"0\" p:a=\"1\"/>"},
         {"<r/>", "/r/@q:a", "1", "<r q:a=\"1\"/>"},
         {"<r q:a=\"0\"/>", "/r/@q:a", "1", "<r q:a=\"1\"/>"},
+        // Two prefixes of one namespace name one attribute.
+        {"<r xmlns:p=\"u\" xmlns:q=\"u\" p:a=\"0\"/>", "/r/@q:a", "1",
+         "<r xmlns:p=\"u\" xmlns:q=\"u\" q:a=\"1\"/>"},
         {"<r xml:lang=\"en\"/>", "/r/@xml:lang", "de", "<r xml:lang=\"de\"/>"},
     });
 }
