@@ -113,7 +113,7 @@ bool set(Document& document, const char* text, SetContent set_content)
     xmlNode* node = document.current;
     if (ends_with_attribute(document))
         return set_attribute(node, attribute_name(document), text);
-    document.is_formatted = false;
+    document.value_edited();
     if (!is_leaf(node)) {
         document.edited();
         document.child_index.emptying(node);

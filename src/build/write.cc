@@ -89,7 +89,7 @@ long write(const char* function, long* fd, Indentation indentation, long* ierr, 
         prepare_all(document->root, op);
     else if (!document->is_formatted) {
         kh_tree_traverse_and_format(fd, document->root, op.error_vector());
-        document->is_formatted = !op.failed();
+        document->is_formatted = accelerated && !op.failed();
     }
     if (op.failed())
         op.pass_on(); // and the document is saved all the same

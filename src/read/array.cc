@@ -79,22 +79,15 @@ private:
     long* count_;
 };
 
-/// The value of an element that is like most: one text and nothing else. Null for every other, which takes
-/// the way on which all is checked and reported.
-const char* only_text(const xmlNode* element) noexcept
-{
-    const xmlNode* child = element->children;
-    return child && !child->next && child->type == XML_TEXT_NODE ? content_of(child) : nullptr;
-}
-
 template <class Values>
 void gather_elements(Document& document, const char* element, Values& values, Operation& op) noexcept
 {
     if (!values.array.start(op))
         return;
+    TagSearch search(document);
     for (;;) {
-        const xmlNode* node = go_to_next_element(document, Search::requested_tag);
-        const char* text = node ? only_text(node) : nullptr;
+        const xmlNode* node = search.next();
+        const char* text = node && accelerated ? search.text() : nullptr;
         if (node && !text) {
             TextTarget target = TextTarget::for_number(&values);
             read_found_element(document, target, op.error_vector());
@@ -150,45 +143,81 @@ const char* text_below_array_node(long* fd, Document& document, const char* path
     return op.failed() ? nullptr : text_at_path_end(document, node, path, op);
 }
 
-/// Reads items that are like most: the path goes on with names alone, and each of them stands for the first
-/// child of its name. Leaves everything else to the way on which all is checked and reported.
-class PlainItems {
-public:
-    explicit PlainItems(const Document& document) noexcept
-        : attribute_(ends_with_attribute(document) ? attribute_name(document) : nullptr)
+/// The way from an item of an array to its value, where it is like most: names alone, each of which stands
+/// for the first child of its name, and at last perhaps an attribute.
+struct PlainPath {
+    static constexpr long longest = 4;
+    const char* names[longest];
+    long count = 0;
+    const char* attribute = nullptr;
+    bool is_plain = accelerated;
+
+    explicit PlainPath(const Document& document) noexcept
     {
-        const long end = document.stack_count - (attribute_ ? 1 : 0);
-        for (long i = document.array_position + 1; i < end; ++i) {
-            if (count_ == longest || document.stack_index[i] != 0 || *document.stack_name[i] == '.')
-                plain_ = false;
-            else
-                names_[count_++] = NameMatch(document.stack_name[i]);
+        if (ends_with_attribute(document))
+            attribute = attribute_name(document);
+        const long end = document.stack_count - (attribute ? 1 : 0);
+        for (long i = document.array_position + 1; i < end && is_plain; ++i) {
+            is_plain = count < longest && document.stack_index[i] == 0 && *document.stack_name[i] != '.';
+            if (is_plain)
+                names[count++] = document.stack_name[i];
         }
     }
+};
 
-    /// The text of an item, and the element that it belongs to; a null text where the item is not plain.
-    struct Found {
-        const xmlNode* element;
-        const char* text;
-    };
-    Found find(const xmlNode* item) noexcept
+/// What an item's path leads to. A null text is for the way on which all is checked and reported.
+struct PlainValue {
+    xmlNode* element = nullptr;
+    const char* text = nullptr;
+};
+
+PlainValue attribute_of(xmlNode* element, const char* name) noexcept
+{
+    const xmlAttr* attribute = attribute_named(element, name);
+    return {element, attribute ? content_of(attribute->children) : nullptr};
+}
+
+/// The items of an array, along the tree.
+class ItemsInTree {
+public:
+    ItemsInTree(Document& document, const PlainPath& path, xmlNode* first) noexcept
+        : document_(document), path_(path), item_(first),
+          is_item_(document.stack_name[document.array_position])
     {
-        ahead_.reached(item);
-        ahead_.fetch(item);
-        const xmlNode* element = plain_ ? item : nullptr;
-        for (long i = 0; element && i < count_; ++i) {
+        for (long i = 0; i < path.count; ++i)
+            is_step_[i] = NameMatch(path.names[i]);
+    }
+    ~ItemsInTree() { document_.element_index.walked(looked_at_); }
+    ItemsInTree(const ItemsInTree&) = delete;
+    ItemsInTree& operator=(const ItemsInTree&) = delete;
+
+    xmlNode* item() const noexcept { return item_; }
+    bool go_to_next() noexcept
+    {
+        do {
+            item_ = item_->next;
+        } while (item_ && !is_item_(item_));
+        return item_;
+    }
+
+    PlainValue value() noexcept
+    {
+        ++looked_at_;
+        ahead_.reached(item_);
+        ahead_.fetch(item_);
+        xmlNode* element = item_;
+        for (long i = 0; element && i < path_.count; ++i) {
             element = first_child(element);
             ahead_.fetch(element);
-            while (element && !names_[i](element))
+            while (element && !is_step_[i](element))
                 element = element->next;
+            ++looked_at_;
         }
         if (!element)
-            return {nullptr, nullptr};
+            return {};
         ahead_.fetch(element);
-        if (attribute_) {
-            const xmlAttr* attribute = attribute_named(element, attribute_);
-            return {element, attribute ? content_of(attribute->children) : nullptr};
-        }
+        if (path_.attribute)
+            return attribute_of(element, path_.attribute);
         const char* text = only_text(element);
         ahead_.fetch(element->children);
         ahead_.fetch(text);
@@ -196,19 +225,80 @@ public:
     }
 
 private:
-    static constexpr long longest = 4;
-    const char* attribute_;
-    bool plain_ = true;
-    long count_ = 0;
-    NameMatch names_[longest] = {NameMatch(""), NameMatch(""), NameMatch(""), NameMatch("")};
+    Document& document_;
+    const PlainPath& path_;
+    xmlNode* item_;
+    NameMatch is_item_;
+    NameMatch is_step_[PlainPath::longest] = {NameMatch(""), NameMatch(""), NameMatch(""), NameMatch("")};
     FetchAhead ahead_;
+    std::size_t looked_at_ = 0;
 };
+
+/// The same items along the index of elements.
+class ItemsInIndex {
+public:
+    using Position = ElementIndex::Position;
+    ItemsInIndex(const Document& document, const PlainPath& path, Position first, Position around) noexcept
+        : index_(document.element_index), path_(path), position_(first), end_(index_.end_at(around)),
+          name_(index_.number_of(document.stack_name[document.array_position]))
+    {
+        for (long i = 0; i < path.count; ++i)
+            steps_[i] = index_.number_of(path.names[i]);
+    }
+
+    xmlNode* item() const noexcept { return index_.node_at(position_); }
+    bool go_to_next() noexcept
+    {
+        position_ = index_.sibling_named(name_, index_.end_at(position_), end_);
+        return position_ < end_;
+    }
+
+    PlainValue value() const noexcept
+    {
+        Position position = position_;
+        for (long i = 0; i < path_.count; ++i) {
+            const Position end = index_.end_at(position);
+            position = index_.sibling_named(steps_[i], position + 1, end);
+            if (position >= end)
+                return {};
+        }
+        xmlNode* element = index_.node_at(position);
+        return path_.attribute ? attribute_of(element, path_.attribute)
+                               : PlainValue{element, index_.text_at(position)};
+    }
+
+private:
+    const ElementIndex& index_;
+    const PlainPath& path_;
+    Position position_;
+    Position end_;
+    ElementIndex::Name name_;
+    ElementIndex::Name steps_[PlainPath::longest] = {};
+};
+
+template <class Items, class Values>
+void gather_items(long* fd, Document& document, const char* path, bool is_plain, Items& items, Values& values,
+                  Operation& op) noexcept
+{
+    do {
+        document.stack_index[document.array_position] = values.array.count();
+        auto [element, text] = is_plain ? items.value() : PlainValue();
+        document.current = text ? element : items.item();
+        if (!text)
+            text = text_below_array_node(fd, document, path, op);
+        if (!text)
+            break;
+        if (!values.add(text, op))
+            return;
+    } while (items.go_to_next());
+    values.array.shrink(op);
+}
 
 template <class Values>
 void gather_path(long* fd, Document& document, const char* path, Values& values, Operation& op) noexcept
 {
     long index = 0;
-    const xmlNode* node = kh_tree_go_to_stack_array_node(fd, &index, op.error_vector());
+    xmlNode* node = kh_tree_go_to_stack_array_node(fd, &index, op.error_vector());
     if (op.failed()) {
         op.pass_on();
         return;
@@ -219,21 +309,18 @@ void gather_path(long* fd, Document& document, const char* path, Values& values,
     }
     if (!values.array.start(op))
         return;
-    NameMatch matches(document.stack_name[document.array_position]);
-    PlainItems items(document);
-    for (; node; node = go_to_next_sibling(document, node, matches)) {
-        document.stack_index[document.array_position] = values.array.count();
-        auto [element, text] = items.find(node);
-        if (text)
-            document.current = const_cast<xmlNode*>(element);
-        else
-            text = text_below_array_node(fd, document, path, op);
-        if (!text)
-            break;
-        if (!values.add(text, op))
-            return;
+    const PlainPath plain(document);
+    ElementIndex& elements = document.element_index;
+    const bool indexed = plain.is_plain && elements.stands(document.root);
+    const auto first = indexed ? elements.position_of(node) : ElementIndex::none;
+    const auto around = indexed ? elements.position_of(node->parent) : ElementIndex::none;
+    if (first != ElementIndex::none && around != ElementIndex::none) {
+        ItemsInIndex items(document, plain, first, around);
+        gather_items(fd, document, path, plain.is_plain, items, values, op);
+    } else {
+        ItemsInTree items(document, plain, node);
+        gather_items(fd, document, path, plain.is_plain, items, values, op);
     }
-    values.array.shrink(op);
 }
 
 template <class Values>

@@ -109,7 +109,7 @@ xmlNode* kh_tree_read_next_element(long* fd, char** value, long* ierr)
         op.null_argument();
         return nullptr;
     }
-    xmlNode* element = go_to_next_element(*document, kh::Search::requested_tag);
+    xmlNode* element = kh::TagSearch(*document).next();
     if (element)
         read_found_element(*document, target, op.error_vector());
     return element;

@@ -20,20 +20,59 @@ xmlNode* next_node(const xmlNode* node) noexcept
     return child ? child : next_node_beside(node);
 }
 
-xmlNode* go_to_next_element(Document& document, Search search) noexcept
+xmlNode* go_to_next_element(Document& document) noexcept
 {
     if (!document.current)
         return nullptr;
-    const char* tag = document.requested_tag;
-    NameMatch matches(tag ? tag : "");
     for (xmlNode* node = next_node(document.current); node; node = next_node(node)) {
-        if (!is_element(node))
-            continue;
-        ++document.visited;
-        if (search == Search::any_element || (tag && matches(node)))
+        if (is_element(node)) {
+            ++document.visited;
             return document.current = node;
+        }
     }
     return nullptr;
+}
+
+xmlNode* TagSearch::next() noexcept
+{
+    xmlNode* node = document_.current;
+    if (!node)
+        return nullptr;
+    ElementIndex& index = document_.element_index;
+    const bool indexed = index.stands(document_.root);
+    position_ = indexed ? index.known_position_of(node) : ElementIndex::none;
+    // What is looked for is often near, where the way into the index would cost more than it saves.
+    constexpr std::size_t near = 32;
+    std::size_t seen = 0;
+    while (position_ == ElementIndex::none && (node = next_node(node))) {
+        fetch_behind(node);
+        if (!is_element(node))
+            continue;
+        ++seen;
+        if (matches_(node))
+            break;
+        if (indexed && seen == near)
+            position_ = index.position_of(node);
+    }
+    document_.visited += static_cast<long>(seen);
+    index.walked(seen);
+    if (position_ != ElementIndex::none)
+        return next_in_index();
+    if (node)
+        document_.current = node;
+    return node;
+}
+
+xmlNode* TagSearch::next_in_index() noexcept
+{
+    ElementIndex& index = document_.element_index;
+    if (number_ == ElementIndex::none && document_.requested_tag)
+        number_ = index.number_of(document_.requested_tag);
+    const ElementIndex::Position found = index.next_named(number_, position_ + 1);
+    const bool is_there = found < index.count();
+    document_.visited += found - position_ - (is_there ? 0 : 1);
+    position_ = is_there ? found : ElementIndex::none;
+    return is_there ? document_.current = index.node_at(found) : nullptr;
 }
 
 xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char* name) noexcept
@@ -71,7 +110,7 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
         return nullptr;
     // Farther away, the index saves the walk, and leaves the cursor where the walk would have left it.
     constexpr long walking_distance = 8;
-    if (index >= walking_distance && node->doc == document.doc) {
+    if (accelerated && index >= walking_distance && node->doc == document.doc) {
         try {
             return go_to_indexed_child(document, node, name, static_cast<std::size_t>(index));
         } catch (const std::bad_alloc&) {
@@ -149,7 +188,7 @@ long kh_tree_go_to_element_node(long* fd, const char* name, long* ierr)
         return op.fail(KH_ERR_MEMORY);
     if (!document->requested_tag)
         return op.fail(KH_ERR_NO_REQUEST);
-    if (!go_to_next_element(*document, kh::Search::requested_tag))
+    if (!kh::TagSearch(*document).next())
         return op.fail(KH_ERR_NOT_FOUND);
     return op.status();
 }
@@ -158,7 +197,7 @@ long kh_tree_go_to_next_element_node(long* fd, long* ierr)
 {
     Operation op("kh_tree_go_to_next_element_node", ierr);
     Document* document = document_with_root(op, fd);
-    if (document && !go_to_next_element(*document, kh::Search::any_element))
+    if (document && !go_to_next_element(*document))
         op.fail(KH_ERR_NOT_FOUND);
     return op.status();
 }
@@ -176,8 +215,9 @@ xmlNode* kh_tree_get_parent_next_node(xmlNode* node)
 xmlNode* kh_tree_get_next_element_node(long* fd, int mode)
 {
     Document* document = kh::find_document(fd);
-    const kh::Search search = mode == 1 ? kh::Search::any_element : kh::Search::requested_tag;
-    return document ? go_to_next_element(*document, search) : nullptr;
+    if (!document)
+        return nullptr;
+    return mode == 1 ? go_to_next_element(*document) : kh::TagSearch(*document).next();
 }
 
 void kh_tree_set_requested_tag(long* fd, const char* name)

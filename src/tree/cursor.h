@@ -14,10 +14,33 @@ xmlNode* next_node(const xmlNode* node) noexcept;
 /// The same for a walk that skips what is below the node.
 xmlNode* next_node_beside(const xmlNode* node) noexcept;
 
-/// Moves the cursor to the next element, or, with a tag to look for, to the next element of the requested
-/// tag.
-enum class Search { any_element, requested_tag };
-xmlNode* go_to_next_element(Document& document, Search search) noexcept;
+/// Moves the cursor to the next element.
+xmlNode* go_to_next_element(Document& document) noexcept;
+
+/// Searches forward for elements of the requested tag.
+class TagSearch {
+public:
+    explicit TagSearch(Document& document) noexcept
+        : document_(document), matches_(document.requested_tag ? document.requested_tag : "")
+    {
+    }
+    /// Moves the cursor to the next one; null, and no move, when none follows.
+    xmlNode* next() noexcept;
+    /// The text of the one found, where it is like most; null where it has to be read with care.
+    const char* text() const noexcept
+    {
+        return position_ == ElementIndex::none ? only_text(document_.current)
+                                               : document_.element_index.text_at(position_);
+    }
+
+private:
+    xmlNode* next_in_index() noexcept;
+
+    Document& document_;
+    NameMatch matches_;
+    ElementIndex::Position position_ = ElementIndex::none;
+    ElementIndex::Name number_ = ElementIndex::none;
+};
 
 /// Moves the cursor to the next sibling element of a name; null, and no move, when there is none.
 xmlNode* go_to_next_sibling(Document& document, const xmlNode* node, const char* name) noexcept;

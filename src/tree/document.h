@@ -5,6 +5,7 @@
 #include "frame/memory.h"
 #include "frame/operation.h"
 #include "tree/child_index.h"
+#include "tree/element_index.h"
 #include "tree/xml.h"
 
 #include <atomic>
@@ -47,6 +48,9 @@ struct Document : kh_document_slot {
     /// Where children are that took a walk to find.
     ChildIndex child_index;
 
+    /// All elements, once walks have looked at as many.
+    ElementIndex element_index;
+
     /// True when all closing tags have their indentation, and nothing has been edited since.
     bool is_formatted = false;
 
@@ -60,7 +64,13 @@ struct Document : kh_document_slot {
     void edited() noexcept
     {
         walked_count = 0;
+        value_edited();
+    }
+    /// A text is about to be another.
+    void value_edited() noexcept
+    {
         is_formatted = false;
+        element_index.drop();
     }
 };
 

@@ -128,6 +128,8 @@ std::size_t common_length(std::string_view one, std::string_view other) noexcept
 /// differ in the last steps, or not at all. An array node's index changes as it is walked.
 long shared_segments(const Document& document, std::string_view path) noexcept
 {
+    if (!accelerated)
+        return 0;
     const std::size_t common = common_length(document.chopped_path, path);
     const long last = document.array_position == -1 ? document.stack_count : document.array_position;
     const bool ends_there = common == path.size() || path[common] == '/';
@@ -141,7 +143,8 @@ long shared_segments(const Document& document, std::string_view path) noexcept
 /// True when the stack holds just this path.
 bool is_on_stack(const Document& document, std::string_view path) noexcept
 {
-    return document.stack_count > 0 && document.array_position == -1 && document.chopped_path == path;
+    return accelerated && document.stack_count > 0 && document.array_position == -1 &&
+           document.chopped_path == path;
 }
 
 /// Remembers the path that the stack holds; without memory it will be taken apart again.
@@ -222,7 +225,7 @@ xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end,
 xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
 {
     xmlNode* const before = document.current;
-    const long changing = document.array_position == -1 ? end : std::min(end, document.array_position);
+    const long lasting = document.array_position == -1 ? end : std::min(end, document.array_position);
     if (document.walked_count == 0) {
         document.walked[0] = {document.root, nullptr};
         document.walked_count = 1;
@@ -232,7 +235,7 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     document.current = document.walked[first - 1].tried;
     for (long i = first; node && i < end; ++i) {
         node = step(fd, document, node, i, op);
-        if (node && i < changing && i == document.walked_count && !is_step_up(document, i)) {
+        if (node && i < lasting && i == document.walked_count && !is_step_up(document, i) && accelerated) {
             document.walked[i] = {node, document.current};
             document.walked_count = i + 1;
         }
@@ -280,7 +283,7 @@ std::string segment_of(Document& document, xmlNode* element)
     const char* name = from_xml(element->name);
     long total = 0;
     long position = 0;
-    if (!has_near_ends(element)) {
+    if (accelerated && !has_near_ends(element)) {
         ChildIndex::List& list = document.child_index.list(element->parent, name);
         position = static_cast<long>(list.position_of(element)) + 1;
         total = static_cast<long>(list.all().size());

@@ -1,0 +1,110 @@
+// All elements of a document in the order of its text, so that reads of many need not walk the tree.
+#ifndef KALV_TREE_ELEMENT_INDEX_H
+#define KALV_TREE_ELEMENT_INDEX_H
+
+#include "tree/accelerated.h"
+#include "tree/xml.h"
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <string>
+
+namespace kh {
+
+/// Memory in a mapping of its own: a block of many megabytes among the nodes would make freeing them slower.
+class Mapping {
+public:
+    Mapping() = default;
+    ~Mapping() { resize(0); }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+    /// False when memory runs out, and all stays as it is.
+    bool resize(std::size_t size) noexcept;
+    std::size_t size() const noexcept { return size_; }
+    void* start() const noexcept { return start_; }
+
+private:
+    void* start_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+template <class Entry>
+class MappedArray {
+public:
+    bool resize(std::size_t capacity) noexcept { return mapping_.resize(capacity * sizeof(Entry)); }
+    std::size_t capacity() const noexcept { return mapping_.size() / sizeof(Entry); }
+    Entry& operator[](std::size_t index) noexcept { return static_cast<Entry*>(mapping_.start())[index]; }
+    const Entry& operator[](std::size_t index) const noexcept
+    {
+        return static_cast<const Entry*>(mapping_.start())[index];
+    }
+
+private:
+    Mapping mapping_;
+};
+
+/// The index of a document's elements. It is made once walks have looked at as many elements as there are, so
+/// that a program that reads a few values never pays for it, and any edit drops it. Without memory there is
+/// none, and callers walk.
+class ElementIndex {
+public:
+    using Position = std::uint32_t; ///< of an element in the document; the root is at 0
+    using Name = std::uint32_t;     ///< the number of a name
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+    /// A walk that the index would have saved has looked at some elements.
+    void walked(std::size_t elements) noexcept { walked_ += accelerated ? elements : 0; }
+
+    /// True when the index stands, made now if it is worth it.
+    bool stands(xmlNode* root) noexcept { return count_ > 0 || (walked_ >= worthwhile_ && make(root)); }
+
+    /// Something is edited.
+    void drop() noexcept;
+
+    Position count() const noexcept { return count_; }
+    /// Where an element stands; `none` for what is none, or would take long to find.
+    Position position_of(const xmlNode* element) noexcept;
+    /// The same for the root and the element that was found last; `none` for every other.
+    Position known_position_of(const xmlNode* element) const noexcept
+    {
+        return element == node_at(last_) ? last_ : element == node_at(0) ? 0 : none;
+    }
+
+    /// The number of a name; `none` for one that no element has.
+    Name number_of(const char* name) const noexcept;
+    xmlNode* node_at(Position position) const noexcept { return elements_[position].node; }
+    /// The value of an element that is one text and nothing else; null for every other.
+    const char* text_at(Position position) const noexcept { return elements_[position].text; }
+    /// The position behind an element and all that is below it.
+    Position end_at(Position position) const noexcept { return elements_[position].end; }
+
+    /// The first of a name from a position on, in document order; `count()` if there is none.
+    Position next_named(Name name, Position position) noexcept;
+    /// The same among siblings; `end` if there is none.
+    Position sibling_named(Name name, Position position, Position end) const noexcept;
+
+private:
+    struct Element {
+        xmlNode* node;
+        const char* text;
+        Position end;
+    };
+    bool make(xmlNode* root) noexcept;
+    bool note_all(xmlNode* root, std::size_t most);
+    bool has_room_for(std::size_t count, std::size_t most) noexcept;
+
+    MappedArray<Element> elements_;
+    MappedArray<Name> names_; ///< apart, as most are only looked at for their names
+    std::map<std::string, Name, std::less<>> numbers_;
+    Position count_ = 0;
+    Position last_ = 0; ///< that was found
+    std::size_t walked_ = 0;
+    static constexpr std::size_t few = 256;
+    std::size_t worthwhile_ = few;
+};
+
+} // namespace kh
+
+#endif
