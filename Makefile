@@ -5,11 +5,12 @@
 #   make python-bench   the same for the Python package
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
 #   make package-test   build the Debian packages, install them into a bare folder and use them there
+#   make fuzz    feed the library with what libFuzzer makes up; ARGS="1000000 paths": runs or seconds, targets
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test python-bench bench build setup docs abi abi-update package-test format clean
+.PHONY: demo test python-bench bench build setup docs abi abi-update package-test fuzz format clean
 
 demo: build
 	cd build/$(PRESET)/examples && \
@@ -49,6 +50,9 @@ bench:
 	cmake --build $(BENCH)
 	$(BENCH)/bench/allocations
 	$(BENCH)/bench/compare $(ARGS)
+
+fuzz:
+	fuzz/run $(ARGS)
 
 # Formats all sources.
 format:
