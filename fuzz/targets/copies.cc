@@ -52,8 +52,8 @@ void fuzz::run(Bytes& bytes)
         if (bytes.ConsumeBool())
             check_edit(document, bytes);
     }
-    if (bytes.ConsumeIntegralInRange(0, 15) == 0)
+    if (bytes.ConsumeIntegralInRange(0, 15) == 15)
         check_reads(document, bytes);
-    if (bytes.ConsumeIntegralInRange(0, 3) == 0)
+    if (bytes.ConsumeIntegralInRange(0, 3) == 3)
         check_round_trip(document);
 }

@@ -59,6 +59,6 @@ void fuzz::run(Bytes& bytes)
         if (bytes.ConsumeBool())
             check_edit(document, bytes);
     }
-    if (bytes.ConsumeIntegralInRange(0, 3) == 0)
+    if (bytes.ConsumeIntegralInRange(0, 3) == 3)
         check_round_trip(document);
 }

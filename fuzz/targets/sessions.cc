@@ -14,9 +14,11 @@ void fuzz::run(Bytes& bytes)
         if (!document)
             document = bytes.ConsumeBool() ? std::make_unique<Document>()
                                            : std::make_unique<Document>(document_text(bytes));
-        if (!document->is_open() || bytes.ConsumeIntegralInRange(0, 30) == 0)
+        if (!document->is_open())
+            return; // opening takes longer than what follows
+        if (bytes.ConsumeIntegralInRange(0, 30) == 30)
             document.reset();
-        else if (bytes.ConsumeIntegralInRange(0, 20) == 0)
+        else if (bytes.ConsumeIntegralInRange(0, 20) == 20)
             check_reads(*document, bytes);
         else
             check_edit(*document, bytes);

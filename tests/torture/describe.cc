@@ -1,7 +1,10 @@
 #include "torture/describe.h"
 
+#include <libxml/hash.h>
 #include <libxml/tree.h>
 #include <libxml/valid.h>
+#include <map>
+#include <set>
 
 namespace torture {
 
@@ -12,36 +15,24 @@ std::string text_of(const void* text)
     return text ? "'" + std::string(static_cast<const char*>(text)) + "'" : "-";
 }
 
-/// Writes without a text for each piece: harnesses describe documents before and after each call.
 class Description {
 public:
     explicit Description(const xmlDoc* document) : document_(document)
     {
-        text_.reserve(4000); // so that the text of a small document takes one block
-        add("document ", document->version, document->encoding, document->URL, document->standalone,
-            document->compression);
+        text_ += "document " + text_of(document->version) + text_of(document->encoding) +
+                 text_of(document->URL) + std::to_string(document->standalone) +
+                 std::to_string(document->compression);
         children(reinterpret_cast<const xmlNode*>(document), document->children, document->last);
+        for (const xmlNs* space = document->oldNs; space; space = space->next)
+            if (!space->href || !space->prefix)
+                broken("shared namespace");
+        identifiers();
     }
 
     std::string&& take() { return std::move(text_); }
 
 private:
-    void add_one(const char* text) { text_ += text; }
-    void add_one(const xmlChar* text)
-    {
-        if (text)
-            text_.append("'").append(reinterpret_cast<const char*>(text)).append("'");
-        else
-            text_ += "-";
-    }
-    void add_one(int number) { text_ += std::to_string(number); }
-    template <class... Pieces>
-    void add(Pieces... pieces)
-    {
-        (add_one(pieces), ...);
-    }
-
-    void broken(const char* what) { add(" BROKEN:", what); }
+    void broken(const char* what) { text_ += std::string(" BROKEN:") + what; }
 
     void children(const xmlNode* parent, const xmlNode* first, const xmlNode* last)
     {
@@ -61,13 +52,13 @@ private:
 
     void one(const xmlNode* node)
     {
-        add("\n", int{node->type}, node->name);
+        text_ += "\n" + std::to_string(node->type) + text_of(node->name);
         switch (node->type) {
         case XML_ELEMENT_NODE:
             names(node);
-            add(" {");
+            text_ += " {";
             children(node, node->children, node->last);
-            add(" }");
+            text_ += " }";
             break;
         case XML_DTD_NODE:
             subset(reinterpret_cast<const xmlDtd*>(node));
@@ -85,27 +76,27 @@ private:
         case XML_ELEMENT_DECL:
             break;
         default:
-            add(node->content);
+            text_ += text_of(node->content);
         }
     }
 
     void name_space(const xmlNs* space)
     {
         if (space)
-            add(" in ", space->prefix, space->href);
+            text_ += " in " + text_of(space->prefix) + text_of(space->href);
     }
 
     void names(const xmlNode* element)
     {
         name_space(element->ns);
         for (const xmlNs* space = element->nsDef; space; space = space->next)
-            add(" declares", space->prefix, space->href);
+            text_ += " declares" + text_of(space->prefix) + text_of(space->href);
         const xmlAttr* previous = nullptr;
         for (const xmlAttr* attribute = element->properties; attribute;
              previous = attribute, attribute = attribute->next) {
             if (attribute->parent != element || attribute->prev != previous || attribute->doc != document_)
                 broken("attribute");
-            add(" @", attribute->name, int{attribute->atype});
+            text_ += " @" + text_of(attribute->name) + std::to_string(attribute->atype);
             name_space(attribute->ns);
             children(reinterpret_cast<const xmlNode*>(attribute), attribute->children, attribute->last);
             if (attribute->atype == XML_ATTRIBUTE_ID)
@@ -117,20 +108,38 @@ private:
     {
         xmlChar* value = xmlNodeListGetString(attribute->doc, attribute->children, 1);
         if (xmlGetID(attribute->doc, value ? value : BAD_CAST "") != attribute)
-            add(" not found by its ID");
+            text_ += " not found by its ID";
         xmlFree(value);
+        identified_.insert(attribute);
+    }
+
+    /// The attributes that the document finds by an ID; each is in the tree.
+    void identifiers()
+    {
+        std::map<std::string, const xmlAttr*> found;
+        const auto add = [](void* payload, void* to, const xmlChar* value) {
+            const auto* identifier = static_cast<const xmlID*>(payload);
+            (*static_cast<decltype(found)*>(to))[reinterpret_cast<const char*>(value)] = identifier->attr;
+        };
+        xmlHashScan(static_cast<xmlHashTable*>(document_->ids), add, &found);
+        for (const auto& [value, attribute] : found) {
+            text_ += " ID'" + value + "'";
+            if (identified_.count(attribute) == 0)
+                broken("identifier");
+        }
     }
 
     void subset(const xmlDtd* subset)
     {
-        add(subset->ExternalID, subset->SystemID, " [");
+        text_ += text_of(subset->ExternalID) + text_of(subset->SystemID) + " [";
         children(reinterpret_cast<const xmlNode*>(subset), subset->children, subset->last);
-        add(" ]");
+        text_ += " ]";
     }
 
     void entity(const xmlEntity* entity)
     {
-        add(int{entity->etype}, entity->orig, entity->content, entity->SystemID);
+        text_ += std::to_string(entity->etype) + text_of(entity->orig) + text_of(entity->content) +
+                 text_of(entity->SystemID);
         const bool is_parameter =
             entity->etype == XML_INTERNAL_PARAMETER_ENTITY || entity->etype == XML_EXTERNAL_PARAMETER_ENTITY;
         if (!is_parameter && xmlGetDocEntity(document_, entity->name) != entity)
@@ -140,15 +149,17 @@ private:
 
     void declaration(const xmlAttribute* attribute)
     {
-        add(attribute->elem, int{attribute->atype}, int{attribute->def}, attribute->defaultValue);
+        text_ += text_of(attribute->elem) + std::to_string(attribute->atype) +
+                 std::to_string(attribute->def) + text_of(attribute->defaultValue);
         for (const xmlEnumeration* value = attribute->tree; value; value = value->next)
-            add(value->name);
+            text_ += text_of(value->name);
         if (!attribute->prefix &&
             xmlGetDtdAttrDesc(attribute->parent, attribute->elem, attribute->name) != attribute)
             broken("attribute table");
     }
 
     const xmlDoc* document_;
+    std::set<const xmlAttr*> identified_;
     std::string text_;
 };
 
