@@ -5,12 +5,13 @@
 #   make python-bench   the same for the Python package
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
 #   make package-test   build the Debian packages, install them into a bare folder and use them there
+#   make torture try to break the library; MINUTES=n for how long, and MINUTES= for as long as all of it takes
 #   make fuzz    feed the library with what libFuzzer makes up; ARGS="1000000 paths": runs or seconds, targets
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test python-bench bench build setup docs abi abi-update package-test fuzz format clean
+.PHONY: demo test torture python-bench bench build setup docs abi abi-update package-test fuzz format clean
 
 demo: build
 	cd build/$(PRESET)/examples && \
@@ -26,6 +27,10 @@ build: setup
 
 setup:
 	tools/install_packages
+
+MINUTES ?= 4
+torture:
+	tests/torture/run $(PRESET) $(MINUTES)
 
 docs:
 	tools/install_packages doxygen
