@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <libxml/valid.h>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kh {
 
@@ -21,37 +21,6 @@ bool is_written(const xmlChar* prefix, const xmlChar* local_name, std::string_vi
     return name == from_xml(local_name);
 }
 
-/// Gives an attribute a new text and frees the old one. The text is made before anything changes.
-bool set_text(xmlAttr* attribute, const char* value) noexcept
-{
-    xmlNode* text = xmlNewDocText(attribute->doc, to_xml(value));
-    if (!text || !text->content) {
-        xmlFreeNode(text);
-        return false;
-    }
-    if (attribute->atype == XML_ATTRIBUTE_ID)
-        xmlRemoveID(attribute->doc, attribute);
-    xmlFreeNodeList(attribute->children);
-    attribute->children = text;
-    attribute->last = text;
-    text->parent = reinterpret_cast<xmlNode*>(attribute);
-    if (xmlIsID(attribute->doc, attribute->parent, attribute) == 1)
-        xmlAddID(nullptr, attribute->doc, to_xml(value), attribute);
-    return true;
-}
-
-/// Adds an attribute with a text.
-bool add_attribute(xmlNode* element, xmlNs* space, const xmlChar* local_name, const char* value) noexcept
-{
-    const ParserCall call;
-    xmlAttr* attribute = xmlNewNsProp(element, space, local_name, nullptr);
-    if (attribute && !call.out_of_memory() && set_text(attribute, value))
-        return true;
-    if (attribute)
-        xmlRemoveProp(attribute);
-    return false;
-}
-
 /// The namespace that the prefix of a name stands for at an element; null for a name without prefix and for
 /// one whose prefix is not declared. `local_name` becomes what follows the prefix.
 xmlNs* namespace_of(xmlNode* element, const char* name, const xmlChar*& local_name) noexcept
@@ -61,7 +30,7 @@ xmlNs* namespace_of(xmlNode* element, const char* name, const xmlChar*& local_na
     if (!local)
         return nullptr;
     const XmlText prefix(xmlStrndup(to_xml(name), length));
-    xmlNs* space = prefix ? xmlSearchNs(element->doc, element, prefix.get()) : nullptr;
+    xmlNs* space = prefix ? search_namespace(element, prefix.get()) : nullptr;
     if (space)
         local_name = local;
     return space;
@@ -98,6 +67,17 @@ XmlText escaped_uri(std::string_view uri, std::string_view special) noexcept
     return text;
 }
 
+/// An element's attributes stand in the order in which it got them.
+void link_last(xmlAttr* attribute) noexcept
+{
+    xmlAttr** link = &attribute->parent->properties;
+    while (*link) {
+        attribute->prev = *link;
+        link = &(*link)->next;
+    }
+    *link = attribute;
+}
+
 bool replace_uri(xmlNs* declaration, XmlText uri) noexcept
 {
     if (!uri)
@@ -127,11 +107,6 @@ xmlNs* declaration_written(const xmlNode* element, const char* name) noexcept
     return declaration;
 }
 
-bool set_uri(xmlNs* declaration, const char* uri) noexcept
-{
-    return replace_uri(declaration, escaped_uri(uri, "&<"));
-}
-
 bool escape_declarations(const xmlNode* element) noexcept
 {
     for (xmlNs* declaration = element->nsDef; declaration; declaration = declaration->next) {
@@ -142,31 +117,116 @@ bool escape_declarations(const xmlNode* element) noexcept
     return true;
 }
 
-bool set_attribute(xmlNode* element, const char* name, const char* value) noexcept
+bool NewValue::make_uri(xmlNs* declaration, const char* uri) noexcept
+{
+    declaration_ = declaration;
+    uri_ = escaped_uri(uri, "&<");
+    return uri_ != nullptr;
+}
+
+bool NewValue::make_text(xmlAttr* attribute, const char* value) noexcept
+{
+    attribute_ = attribute;
+    text_.reset(xmlNewDocText(attribute->doc, to_xml(value)));
+    return text_ && text_->content && identifier_.prepare(attribute, text_->content);
+}
+
+bool NewValue::make_attribute(xmlNode* element, xmlNs* space, const xmlChar* local_name,
+                              const char* value) noexcept
+{
+    added_.reset(xmlNewDocProp(element->doc, local_name, nullptr));
+    if (!added_ || !added_->name)
+        return false;
+    added_->parent = element;
+    added_->ns = space;
+    return make_text(added_.get(), value);
+}
+
+bool NewValue::make(xmlNode* element, const char* name, const char* value) noexcept
 {
     if (xmlNs* declaration = declaration_written(element, name))
-        return set_uri(declaration, value);
+        return make_uri(declaration, value);
     if (xmlAttr* attribute = attribute_written(element, name))
-        return set_text(attribute, value);
+        return make_text(attribute, value);
     const ParserCall call;
     const xmlChar* local_name = to_xml(name);
     xmlNs* space = namespace_of(element, name, local_name);
     if (call.out_of_memory())
         return false;
+    space_ = space;
     xmlAttr* attribute = space ? attribute_in(element, *space, local_name) : nullptr;
-    if (!attribute)
-        return add_attribute(element, space, local_name, value);
-    if (!set_text(attribute, value))
-        return false;
-    attribute->ns = space;
-    return true;
+    return attribute ? make_text(attribute, value) : make_attribute(element, space, local_name, value);
 }
 
-bool set_attribute_in(xmlNode* element, xmlNs* space, const char* local_name, const char* value)
+bool NewValue::make_in(xmlNode* element, xmlNs* space, const char* local_name, const char* value)
 {
     const std::string prefix = space->prefix ? std::string(from_xml(space->prefix)) + ":" : std::string();
     xmlAttr* attribute = attribute_written(element, (prefix + local_name).c_str());
-    return attribute ? set_text(attribute, value) : add_attribute(element, space, to_xml(local_name), value);
+    return attribute ? make_text(attribute, value)
+                     : make_attribute(element, space, to_xml(local_name), value);
+}
+
+void NewValue::put_in() noexcept
+{
+    if (uri_)
+        replace_uri(declaration_, std::move(uri_));
+    if (!text_)
+        return;
+    identifier_.commit();
+    if (space_)
+        attribute_->ns = space_;
+    if (xmlAttr* added = added_.release())
+        link_last(added);
+    xmlFreeNodeList(attribute_->children);
+    text_->parent = reinterpret_cast<xmlNode*>(attribute_);
+    attribute_->children = attribute_->last = text_.release();
+}
+
+bool set_attribute(xmlNode* element, const char* name, const char* value) noexcept
+{
+    NewValue new_value;
+    if (!new_value.make(element, name, value))
+        return false;
+    new_value.put_in();
+    return true;
+}
+
+bool remove_attribute(xmlAttr* attribute) noexcept
+{
+    forget_identifier(attribute);
+    return xmlRemoveProp(attribute) == 0;
+}
+
+RemovedAttribute::RemovedAttribute(xmlAttr* attribute) noexcept : attribute_(attribute)
+{
+    if (!attribute)
+        return;
+    link_to() = attribute->next;
+    if (attribute->next)
+        attribute->next->prev = attribute->prev;
+}
+
+RemovedAttribute::~RemovedAttribute()
+{
+    if (!attribute_)
+        return;
+    link_to() = attribute_;
+    if (attribute_->next)
+        attribute_->next->prev = attribute_;
+}
+
+/// What leads to the attribute in its place.
+xmlAttr*& RemovedAttribute::link_to() const noexcept
+{
+    return attribute_->prev ? attribute_->prev->next : attribute_->parent->properties;
+}
+
+void RemovedAttribute::drop() noexcept
+{
+    if (!attribute_)
+        return;
+    forget_identifier(attribute_);
+    xmlFreeProp(std::exchange(attribute_, nullptr));
 }
 
 } // namespace kh

@@ -220,7 +220,7 @@ long kh_tree_remove_node(long* fd, const char* path, long* ierr)
     xmlAttr* attribute = kh::attribute_named(document->current, name);
     if (!attribute)
         return op.fail(KH_ERR_NOT_FOUND, ". Attribute name: %s", name);
-    if (xmlRemoveProp(attribute) < 0)
+    if (!kh::remove_attribute(attribute))
         return op.fail(KH_ERR_REMOVE_NODE, ". Path: %s", path);
     return op.status();
 }

@@ -177,11 +177,11 @@ private:
     {
         xmlNs*& copy = spaces_[source];
         if (!copy && xmlStrEqual(source->prefix, to_xml("xml")))
-            copy = made(xmlSearchNs(document_, top_, source->prefix));
+            copy = made(search_namespace(top_, source->prefix));
         if (!copy)
             copy = xmlNewNs(top_, source->href, source->prefix);
         if (!copy) // the top declares that prefix itself
-            copy = made(xmlSearchNs(document_, top_, source->prefix));
+            copy = made(search_namespace(top_, source->prefix));
         return copy;
     }
 

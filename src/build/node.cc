@@ -2,6 +2,7 @@
 #include <kalv/node.h>
 
 #include "build/delete.h"
+#include "build/identifier.h"
 #include "build/validity.h"
 
 namespace kh {
@@ -12,6 +13,7 @@ void delete_node(Document& document, xmlNode* node) noexcept
     document.child_index.removing(node);
     if (node == document.root)
         document.root = nullptr;
+    forget_identifiers(node);
     xmlUnlinkNode(node);
     xmlFreeNode(node);
 }
@@ -26,7 +28,7 @@ XmlNode new_element_below(xmlNode* parent, const char* name) noexcept
     const XmlText prefix(local_name ? xmlStrndup(to_xml(name), length) : nullptr);
     if (local_name && !prefix)
         return nullptr;
-    xmlNs* space = xmlSearchNs(parent->doc, parent, prefix.get());
+    xmlNs* space = search_namespace(parent, prefix.get());
     return XmlNode(
         xmlNewDocRawNode(parent->doc, space, space && local_name ? local_name : to_xml(name), nullptr));
 }

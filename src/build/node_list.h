@@ -2,7 +2,7 @@
 #ifndef KALV_BUILD_NODE_LIST_H
 #define KALV_BUILD_NODE_LIST_H
 
-#include "tree/xml.h"
+#include "build/identifier.h"
 
 namespace kh {
 
@@ -26,6 +26,8 @@ public:
     /// Takes the place of the children of an element or attribute.
     void replace_children_of(xmlNode* parent) noexcept
     {
+        for (xmlNode* node = parent->children; node; node = node->next)
+            forget_identifiers(node);
         xmlFreeNodeList(parent->children);
         parent->children = first_.release();
         parent->last = last_;

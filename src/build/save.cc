@@ -114,33 +114,46 @@ private:
     int fd_;
 };
 
-/// A file that was compressed when it was read is compressed again.
+/// A file that was compressed when it was read is compressed again: the bytes are those that gzwrite makes,
+/// which gives up where a signal interrupts it.
 class CompressedOutput final : public Output {
 public:
-    CompressedOutput(int fd, int level) noexcept
+    CompressedOutput(int fd, int level) noexcept : file_(fd)
     {
-        const int own = dup(fd);
-        const char mode[] = {'w', 'b', static_cast<char>('0' + level), '\0'};
-        file_ = own < 0 ? nullptr : gzdopen(own, mode);
-        if (!file_ && own >= 0)
-            close(own);
+        constexpr int gzip_window = 15 + 16;
+        constexpr int default_memory = 8;
+        is_open_ =
+            deflateInit2(&state_, level, Z_DEFLATED, gzip_window, default_memory, Z_DEFAULT_STRATEGY) == Z_OK;
     }
-    ~CompressedOutput() override { finish(); }
+    ~CompressedOutput() override { deflateEnd(&state_); }
 
-    bool finish() noexcept override
-    {
-        const bool complete = file_ && gzclose(file_) == Z_OK && !failed();
-        file_ = nullptr;
-        return complete;
-    }
+    bool finish() noexcept override { return deflate_all(Z_FINISH) && file_.finish() && !failed(); }
 
 private:
     bool put(const char* data, std::size_t size) noexcept override
     {
-        return file_ && gzwrite(file_, data, static_cast<unsigned>(size)) == static_cast<int>(size);
+        state_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data)); // only read
+        state_.avail_in = static_cast<uInt>(size);
+        return deflate_all(Z_NO_FLUSH);
     }
 
-    gzFile file_;
+    bool deflate_all(int flush) noexcept
+    {
+        bool complete = is_open_;
+        do {
+            char piece[1U << 14];
+            state_.next_out = reinterpret_cast<Bytef*>(piece);
+            state_.avail_out = sizeof piece;
+            deflate(&state_, flush);
+            const auto count = static_cast<int>(sizeof piece - state_.avail_out);
+            complete = complete && (count == 0 || Output::write(&file_, piece, count) == count);
+        } while (complete && state_.avail_out == 0);
+        return complete;
+    }
+
+    PlainOutput file_;
+    z_stream state_ = {};
+    bool is_open_;
 };
 
 /// Standard output, in order with what the program prints itself.
@@ -198,14 +211,13 @@ long serialise(xmlDoc* document, Output& output) noexcept
 {
     const ParserCall call;
     const char* encoding = from_xml(document->encoding);
-    xmlCharEncodingHandler* handler = encoding ? xmlFindCharEncodingHandler(encoding) : nullptr;
-    if (encoding && !handler)
+    XmlEncoder encoder(encoding ? xmlFindCharEncodingHandler(encoding) : nullptr);
+    if (encoding && (!encoder || !encoder->name))
         return -1;
-    xmlOutputBuffer* buffer = xmlOutputBufferCreateIO(Output::write, nullptr, &output, handler);
-    if (!buffer) {
-        xmlCharEncCloseFunc(handler);
+    xmlOutputBuffer* buffer = xmlOutputBufferCreateIO(Output::write, nullptr, &output, encoder.get());
+    if (!buffer)
         return -1;
-    }
+    static_cast<void>(encoder.release());
     const int result = xmlSaveFormatFileTo(buffer, document, encoding, 0);
     // libxml2 counts in an int, which overflows on files of more than 2 GiB.
     const bool complete = result >= 0 || output.bytes() > INT_MAX;

@@ -66,12 +66,6 @@ std::string version_of(const std::string& schema)
            std::to_string(parse_integer(minor.c_str()).value);
 }
 
-/// The namespace that the location is written in, and whether it was declared just now.
-struct Instance {
-    xmlNs* space;
-    bool is_new;
-};
-
 bool declares(const xmlNode* element, const char* prefix) noexcept
 {
     const xmlNs* declaration = element->nsDef;
@@ -80,35 +74,49 @@ bool declares(const xmlNode* element, const char* prefix) noexcept
     return declaration;
 }
 
-void remove_attribute(xmlAttr* attribute) noexcept
-{
-    if (attribute)
-        xmlRemoveProp(attribute);
-}
-
-/// Declares the instance namespace. An element that declares its prefix already gives its first declaration,
-/// whichever that is: callers' files have been written so.
-Instance declare_instance(xmlNode* element) noexcept
-{
-    if (declares(element, instance_prefix))
-        return {element->nsDef, false};
-    xmlNs* space = xmlNewNs(element, to_xml(instance_uri), to_xml(instance_prefix));
-    if (space)
-        remove_attribute(attribute_written(element, "xmlns:xsi"));
-    return {space, true};
-}
-
-/// Removes an attribute of a namespace. Version and default namespace are looked up with the name of the
-/// location for a namespace, so that attributes without namespace stay: callers rely on it.
-void remove_from_namespace(xmlNode* element, const char* name, const char* uri) noexcept
-{
-    for (xmlAttr* attribute = element->properties; attribute; attribute = attribute->next) {
-        if (attribute->ns && xmlStrEqual(attribute->name, to_xml(name)) &&
-            xmlStrEqual(attribute->ns->href, to_xml(uri))) {
-            xmlRemoveProp(attribute);
-            return;
-        }
+/// The namespace that the location is written in. An element that declares its prefix already gives its first
+/// declaration, whichever that is: callers' files have been written so. What is declared anew is undone unless
+/// it is kept.
+class Instance {
+public:
+    explicit Instance(xmlNode* element) noexcept
+        : element_(element), is_new_(!declares(element, instance_prefix)),
+          space_(is_new_ ? xmlNewNs(element, to_xml(instance_uri), to_xml(instance_prefix)) : element->nsDef)
+    {
     }
+    ~Instance()
+    {
+        if (!is_new_ || !space_ || kept_)
+            return;
+        xmlNs** link = &element_->nsDef;
+        while (*link != space_)
+            link = &(*link)->next;
+        *link = space_->next;
+        xmlFreeNs(space_);
+    }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    bool is_new() const noexcept { return is_new_; }
+    xmlNs* space() const noexcept { return space_; }
+    void keep() noexcept { kept_ = true; }
+
+private:
+    xmlNode* element_;
+    bool is_new_;
+    xmlNs* space_;
+    bool kept_ = false;
+};
+
+/// An attribute of a namespace. Version and default namespace are looked up with the name of the location for
+/// a namespace, so that attributes without namespace stay: callers rely on it.
+xmlAttr* attribute_in(const xmlNode* element, const char* name, const char* uri) noexcept
+{
+    xmlAttr* attribute = element->properties;
+    while (attribute && !(attribute->ns && xmlStrEqual(attribute->name, to_xml(name)) &&
+                          xmlStrEqual(attribute->ns->href, to_xml(uri))))
+        attribute = attribute->next;
+    return attribute;
 }
 
 /// Takes all attributes and namespace declarations off an element. Elements may still refer to the
@@ -116,7 +124,7 @@ void remove_from_namespace(xmlNode* element, const char* name, const char* uri) 
 void detach_everything(Document& document, xmlNode* element) noexcept
 {
     while (element->properties)
-        xmlRemoveProp(element->properties);
+        remove_attribute(element->properties);
     if (!element->nsDef)
         return;
     xmlNs* last = element->nsDef;
@@ -135,38 +143,54 @@ bool is_detached(const Document& document, const xmlNs* space) noexcept
     return detached;
 }
 
-bool set_default_namespace(const Document& document, xmlNode* element, bool instance_is_new,
-                           const char* uri) noexcept
+bool make_default_namespace(NewValue& value, const Document& document, xmlNode* element, bool instance_is_new,
+                            const char* uri) noexcept
 {
     if (!instance_is_new && element->ns && !is_detached(document, element->ns))
-        return set_uri(element->ns, uri);
-    return set_attribute(element, default_declaration, uri);
+        return value.make_uri(element->ns, uri);
+    return value.make(element, default_declaration, uri);
 }
 
-/// \return false when memory ran out before everything was done
+/// \return false when memory ran out, and nothing has changed
 bool set_schema(Document& document, const std::string& schema, long mode)
 {
     const Reference reference(schema);
     const std::string version = version_of(schema);
     xmlNode* element = document.current;
-    const ParserCall call;
-    const Instance instance = declare_instance(element);
     const bool sets = mode == set_all || mode == set_without_version;
-    bool done = instance.space;
-    remove_from_namespace(element, location_name, instance_uri);
-    if (sets) {
-        remove_from_namespace(element, default_declaration, location_name);
-        done = done && set_attribute_in(element, instance.space, location_name, reference.location.c_str());
-    }
-    if (mode == set_all || mode == remove_all)
-        remove_from_namespace(element, version_name, location_name);
-    if (mode == set_all && !version.empty())
-        done = done && set_attribute(element, version_name, version.c_str());
-    if (mode == remove_all || (mode == remove_location && instance.is_new))
+    const bool sets_version = mode == set_all && !version.empty();
+    const bool removes_version = mode == set_all || mode == remove_all;
+
+    // All that is new is made first, and all that is to go stands ready to come back.
+    const ParserCall call;
+    Instance instance(element);
+    if (!instance.space() || call.out_of_memory())
+        return false;
+    const auto found = [&](bool wanted, const char* name, const char* uri) {
+        return wanted ? attribute_in(element, name, uri) : nullptr;
+    };
+    RemovedAttribute prefix(instance.is_new() ? attribute_written(element, "xmlns:xsi") : nullptr);
+    RemovedAttribute old_location(found(true, location_name, instance_uri));
+    RemovedAttribute old_default(found(sets, default_declaration, location_name));
+    RemovedAttribute old_version(found(removes_version, version_name, location_name));
+    NewValue new_location;
+    NewValue new_version;
+    NewValue new_default;
+    if ((sets &&
+         !new_location.make_in(element, instance.space(), location_name, reference.location.c_str())) ||
+        (sets_version && !new_version.make(element, version_name, version.c_str())) ||
+        (sets &&
+         !make_default_namespace(new_default, document, element, instance.is_new(), reference.uri.c_str())))
+        return false;
+
+    instance.keep();
+    for (RemovedAttribute* removed : {&prefix, &old_location, &old_default, &old_version})
+        removed->drop();
+    for (NewValue* value : {&new_location, &new_version, &new_default})
+        value->put_in();
+    if (mode == remove_all || (mode == remove_location && instance.is_new()))
         detach_everything(document, element);
-    if (sets)
-        done = done && set_default_namespace(document, element, instance.is_new, reference.uri.c_str());
-    return done && !call.out_of_memory();
+    return true;
 }
 
 bool is_mode(long mode) noexcept

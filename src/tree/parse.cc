@@ -18,6 +18,7 @@
 #include <libxml/parserInternals.h>
 #include <libxml/uri.h>
 #include <unistd.h>
+#include <utility>
 #include <zlib.h>
 
 namespace kh {
@@ -254,6 +255,10 @@ struct FreeParser {
     {
         xmlFreeDoc(parser->myDoc);
         parser->myDoc = nullptr;
+        for (int i = 0; i < parser->inputNr; ++i) {
+            if (xmlParserInputBuffer* buffer = parser->inputTab[i]->buf)
+                XmlEncoder(std::exchange(buffer->encoder, nullptr));
+        }
         xmlFreeParserCtxt(parser);
     }
 };

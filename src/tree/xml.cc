@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <iconv.h>
 #include <string_view>
+#include <utility>
 
 namespace kh {
 
@@ -59,6 +61,33 @@ void ParserCall::take_message(void* self, const char* format, ...)
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     KH_handle_xml_error(nullptr, "%s", text);
+}
+
+/// libxml2 does not close a converter that has no name, as one is left when memory runs out over it.
+void FreeXml::operator()(xmlCharEncodingHandler* encoder) const noexcept
+{
+    if (encoder->name) {
+        xmlCharEncCloseFunc(encoder);
+        return;
+    }
+    for (iconv_t conversion : {encoder->iconv_in, encoder->iconv_out}) {
+        if (conversion)
+            iconv_close(conversion);
+    }
+    xmlFree(encoder);
+}
+
+xmlNs* search_namespace(xmlNode* element, const xmlChar* prefix) noexcept
+{
+    xmlNs* space = xmlSearchNs(element->doc, element, prefix);
+    xmlNs*& shared = element->doc->oldNs;
+    if (!space || space != shared || (space->href && space->prefix))
+        return space;
+    // The namespace of "xml", which libxml2 makes when it is first asked for, and would keep by half.
+    const int error = errno;
+    xmlFreeNs(std::exchange(shared, nullptr));
+    errno = error;
+    return nullptr;
 }
 
 } // namespace kh

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <libxml/encoding.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <memory>
@@ -23,11 +24,13 @@ struct FreeXml {
     void operator()(xmlChar* text) const noexcept { xmlFree(text); } // xmlFree is a variable
     void operator()(xmlDoc* document) const noexcept { xmlFreeDoc(document); }
     void operator()(xmlNode* node) const noexcept { xmlFreeNode(node); }
+    void operator()(xmlCharEncodingHandler* encoder) const noexcept;
     void operator()(xmlNs* namespace_) const noexcept { xmlFreeNsList(namespace_); }
 };
 using XmlText = std::unique_ptr<xmlChar, FreeXml>;
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXml>;
 using XmlNode = std::unique_ptr<xmlNode, FreeXml>;
+using XmlEncoder = std::unique_ptr<xmlCharEncodingHandler, FreeXml>;
 using XmlNamespaces = std::unique_ptr<xmlNs, FreeXml>;
 
 /// For its lifetime libxml2's messages of this thread come to the library, and afterwards go where they went
@@ -60,6 +63,10 @@ private:
     bool out_of_memory_ = false;
     char fatal_message_[256];
 };
+
+/// The namespace that a prefix, or null for the default, stands for at an element; null where it is not
+/// declared, and when memory runs out.
+xmlNs* search_namespace(xmlNode* element, const xmlChar* prefix) noexcept;
 
 inline bool is_element(const xmlNode* node) noexcept
 {

@@ -75,7 +75,11 @@ std::string try_fault(const Scenario& scenario, const support::TemporaryFolder& 
     int leaking_runs = outcome.left_blocks > 0;
     for (int run = 1; run == leaking_runs && run < 4; ++run)
         leaking_runs += with_fault(scenario, folder, right, point).left_blocks > 0;
-    if (leaking_runs == 4)
+    // libxml2 opens two conversions for an encoding that it does not know itself, and loses the first where
+    // there is no memory for the second.
+    if (leaking_runs == 4 && memory::calls_that_failed().find("(iconv_open+") != std::string::npos)
+        meet_limit("libxml2 loses a conversion that it could not open");
+    else if (leaking_runs == 4)
         outcome.complaint += "leaks " + std::to_string(outcome.left_blocks) + " blocks";
     if (!outcome.complaint.empty())
         outcome.complaint += memory::calls_that_failed();
@@ -105,7 +109,7 @@ int main(int argc, char** argv)
     const Budget budget;
     const support::TemporaryFolder folder;
     write_files(folder);
-    Figure figure("allocations");
+    Figure figure("allocations", budget);
     std::set<std::string> names;
     const std::vector<Scenario> all = scenarios();
     std::size_t left = all.size();

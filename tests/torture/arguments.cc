@@ -804,7 +804,7 @@ int main(int argc, char** argv)
     if (argc == 3)
         return try_one(argv[1], std::strtoul(argv[2], nullptr, 10));
     const Budget budget;
-    Figure figure("arguments");
+    Figure figure("arguments", budget);
     const std::vector<Subject> all = subjects();
     std::size_t left = all.size();
     std::set<std::string> names;

@@ -210,7 +210,8 @@ Run run_of(std::size_t count)
 
 int main()
 {
-    Figure figure("depth and width");
+    const Budget budget;
+    Figure figure("depth and width", budget);
     const Run small = run_of(largest / smaller_by);
     const Run large = run_of(largest);
     for (const auto& [name, seconds] : large.seconds()) {

@@ -28,7 +28,11 @@ struct Progress {
     std::size_t tried;
     std::size_t right;
     std::size_t complaints;
+    std::size_t limited;
+    char limit[200];
 };
+
+Progress* current_progress = nullptr; ///< of this process, which tries points
 
 Progress* shared_progress()
 {
@@ -79,6 +83,7 @@ private:
     FILE* complaints = fdopen(dup(STDERR_FILENO), "w");
     CaughtStandardError caught;
     const QuietStandardOutput quiet;
+    current_progress = &progress;
     while (progress.tried < count && !share.is_used_up()) {
         const std::size_t point = spread(progress.tried, count);
         alarm(seconds_for_a_point);
@@ -102,7 +107,13 @@ Budget::Budget()
     const char* seconds = std::getenv("KALV_TORTURE_SECONDS");
     limited_ = seconds && *seconds;
     if (limited_)
-        end_ = Clock::now() + std::chrono::seconds(std::atol(seconds));
+        seconds_ = std::atol(seconds);
+    end_ = Clock::now() + std::chrono::seconds(seconds_);
+}
+
+std::string Budget::told() const
+{
+    return std::to_string(seconds_) + " s";
 }
 
 Budget::Share Budget::share(std::size_t parts) const
@@ -133,13 +144,32 @@ void Figure::wrong(const std::string& complaint)
     std::fprintf(stderr, "%s: %s\n", name_.c_str(), complaint.c_str());
 }
 
+void Figure::add_limited(std::size_t count, const std::string& limit)
+{
+    limited_ += count;
+    if (count > 0)
+        limit_ = limit;
+}
+
 int Figure::print() const
 {
-    std::printf("%s %zu of %zu", name_.c_str(), right_, tried_);
+    std::printf("%s %zu of %zu", name_.c_str(), right_, existing_);
     if (tried_ < existing_)
-        std::printf(" tried; there are %zu", existing_);
+        std::printf(", as far as %s reach", budget_.told().c_str());
+    if (right_ < tried_)
+        std::printf(", and %zu are wrong", tried_ - right_);
+    if (limited_ > 0)
+        std::printf("; %zu times %s", limited_, limit_.c_str());
     std::printf("\n");
     return right_ == tried_ && tried_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+void meet_limit(const char* limit)
+{
+    if (!current_progress)
+        return;
+    ++current_progress->limited;
+    std::snprintf(current_progress->limit, sizeof current_progress->limit, "%s", limit);
 }
 
 void try_points(Figure& figure, const Budget::Share& share, const std::string& name, std::size_t count,
@@ -161,6 +191,7 @@ void try_points(Figure& figure, const Budget::Share& share, const std::string& n
                          WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status));
     }
     figure.add(progress->right, progress->tried, count);
+    figure.add_limited(progress->limited, progress->limit);
     munmap(progress, sizeof *progress);
 }
 

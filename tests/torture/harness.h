@@ -30,17 +30,19 @@ public:
     };
     Share share(std::size_t parts) const;
 
-    bool limited() const { return limited_; }
+    /// How long that is, in words.
+    std::string told() const;
 
 private:
     bool limited_;
+    long seconds_ = 0;
     std::chrono::steady_clock::time_point end_;
 };
 
-/// One line of the result: how many points of those tried were right.
+/// One line of the result: how many points of all were right. One that is cut off by its time says so.
 class Figure {
 public:
-    explicit Figure(std::string name) : name_(std::move(name)) {}
+    Figure(std::string name, const Budget& budget) : name_(std::move(name)), budget_(budget) {}
 
     void add(std::size_t right, std::size_t tried, std::size_t existing);
     void add(bool is_right) { add(is_right, 1, 1); }
@@ -48,11 +50,17 @@ public:
     /// A point that is wrong, told on standard error.
     void wrong(const std::string& complaint);
 
+    /// Points that are right but for what nobody can mend, as it is written down.
+    void add_limited(std::size_t count, const std::string& limit);
+
     /// Prints the line. \return the program's exit code
     int print() const;
 
 private:
     std::string name_;
+    const Budget& budget_;
+    std::size_t limited_ = 0;
+    std::string limit_;
     std::size_t right_ = 0;
     std::size_t tried_ = 0;
     std::size_t existing_ = 0;
@@ -65,6 +73,9 @@ using TryPoint = std::function<std::string(std::size_t point)>;
 /// output goes nowhere; what a point prints on standard error makes it wrong.
 void try_points(Figure& figure, const Budget::Share& share, const std::string& name, std::size_t count,
                 const TryPoint& try_point);
+
+/// For what tries a point: it met a limit that is written down, and is right otherwise.
+void meet_limit(const char* limit);
 
 /// Standard output of the library goes nowhere while this lives.
 class QuietStandardOutput {

@@ -459,7 +459,7 @@ std::string try_pipe(const std::string& bytes, long expected)
 int main()
 {
     const Budget budget;
-    Figure figure("hostile files");
+    Figure figure("hostile files", budget);
     for (const auto& make : {entities, sizes, compressions, encodings, forms}) {
         const std::vector<Hostile> files = make();
         for (const Hostile& hostile : files) {

@@ -226,7 +226,7 @@ int main()
     const Budget budget;
     const support::TemporaryFolder folder;
     const std::string file = folder.file("file.xml", "<r><x>1</x></r>");
-    Figure figure("locks");
+    Figure figure("locks", budget);
     for (const Taker& taker : takers)
         try_points(figure, budget.share(1), taker.name, operations_of(taker, file),
                    [&](std::size_t operation) { return try_failure(taker, file, operation); });

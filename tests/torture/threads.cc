@@ -150,7 +150,7 @@ int main()
 {
     const Budget budget;
     const support::TemporaryFolder folder;
-    Figure figure("threads");
+    Figure figure("threads", budget);
     std::atomic<std::size_t> tried{0};
     std::atomic<std::size_t> right{0};
     std::atomic<std::size_t> host_faults{0};

@@ -127,6 +127,7 @@ public:
     }
 
     xmlNode* root() const { return slot() ? slot()->root : nullptr; }
+    xmlNode* first_node() const { return root() ? root()->children : nullptr; }
     xmlNode* current() const { return slot() ? slot()->current : nullptr; }
 
     const kh_document_slot* slot() const
@@ -577,11 +578,17 @@ void nodes(Session& session, const support::TemporaryFolder& folder, const std::
     document.step(kh_tree_set_text, {}, "/Root/Title", repeated(300, "a & b < c ").c_str());
     document.step(kh_tree_set_text, {}, "/Root/List/@count", "a & b");
     document.step(kh_tree_set_text, {}, "/Root/Mixed", "all in one");
+    document.step(kh_tree_set_text, {}, "/Root/List/Item[1]/@id", "i4");
+    document.step(kh_tree_set_text, {}, "/Root/List/Item[2]/@id", "i2");
+    document.step(kh_tree_set_text, {}, "/Root/List/Item[3]/@id", "i4");
+    document.step(kh_tree_set_text, {}, "/Root/Title/@xml:id", "i5");
+    document.step(kh_tree_remove_node, {}, "/Root/List/Item[2]/@id");
+    document.step(kh_tree_remove_node, {}, "/Root/List");
     const Failure inserting = {{KH_ERR_CREATE_NODE, KH_ERR_MEMORY}, Leaves::nothing};
-    for (const char* name : {"plain", "p:prefixed", "free:prefix"})
+    for (const char* name : {"plain", "p:prefixed", "free:prefix", "xml:of_all"})
         session.step(
             [&](Call& call) {
-                call << call(kh_tree_insert_node, &document.fd, document.root(), document.root()->children,
+                call << call(kh_tree_insert_node, &document.fd, document.root(), document.first_node(),
                              static_cast<long>(KH_NODE_ELEMENT), name);
             },
             inserting);
@@ -592,7 +599,7 @@ void nodes(Session& session, const support::TemporaryFolder& folder, const std::
         },
         inserting);
     session.step([&](Call& call) {
-        call(kh_tree_go_to_node, &document.fd, document.root()->children);
+        call(kh_tree_go_to_node, &document.fd, document.first_node());
         if (call.status == KH_OK)
             call(kh_tree_delete_node, &document.fd, document.current());
     });
