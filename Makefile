@@ -5,7 +5,8 @@
 #   make python-bench   the same for the Python package
 #   make abi     compare what programs were built on with what was agreed; make abi-update agrees to a change
 #   make package-test   build the Debian packages, install them into a bare folder and use them there
-#   make torture try to break the library; MINUTES=n for how long, and MINUTES= for as long as all of it takes
+#   make torture try to break the library; MINUTES=n for how long, MINUTES= for as long as all takes,
+#                PROGRAMS=threads for a part of it
 #   make fuzz    feed the library with what libFuzzer makes up; ARGS="1000000 paths": runs or seconds, targets
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
@@ -30,7 +31,7 @@ setup:
 
 MINUTES ?= 4
 torture:
-	tests/torture/run $(PRESET) $(MINUTES)
+	tests/torture/run $(PRESET) '$(MINUTES)' $(PROGRAMS)
 
 docs:
 	tools/install_packages doxygen
