@@ -51,9 +51,9 @@ void link_root(xmlDoc* document, xmlNode* root) noexcept
 }
 
 /// A new element without namespace, in no tree yet.
-XmlNode new_element(xmlDoc* document, xmlNs* space, const char* name, const char* content) noexcept
+XmlNode new_element(const ParserCall& call, xmlDoc* document, xmlNs* space, const char* name,
+                    const char* content) noexcept
 {
-    const ParserCall call;
     XmlNode element(xmlNewDocRawNode(document, space, to_xml(name), to_xml(content)));
     const bool complete = element && !call.out_of_memory() && (!content || element->children);
     return complete ? std::move(element) : nullptr;
@@ -70,7 +70,8 @@ long add_sibling(const char* function, long* fd, const char* path, const char* n
     const Document* document = go_to_path(op, fd, path);
     if (!document)
         return op.status();
-    XmlNode sibling = new_element(document->doc, nullptr, name, nullptr);
+    const ParserCall call;
+    XmlNode sibling = new_element(call, document->doc, nullptr, name, nullptr);
     if (!sibling)
         return op.fail(KH_ERR_CREATE_NODE, ". Node: %s", name);
     kh_tree_add_sibling(fd, document->current, sibling.get(), insert, op.error_vector());
@@ -104,7 +105,8 @@ long kh_tree_create_root(long* fd, const char* name, long* ierr)
     if (document->root)
         return op.fail(KH_ERR_ROOT_EXISTS);
     // The first child takes the place of this text with its own indentation.
-    XmlNode root = kh::new_element(document->doc, nullptr, name, "\n  ");
+    const ParserCall call;
+    XmlNode root = kh::new_element(call, document->doc, nullptr, name, "\n  ");
     if (!root)
         return op.fail(KH_ERR_CREATE_NODE);
     document->edited();
@@ -123,11 +125,13 @@ long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
     if (!document)
         return op.status();
     xmlNode* parent = document->current;
+    const ParserCall call;
     XmlNode child =
-        kh::is_element(parent) ? kh::new_element(document->doc, parent->ns, name, nullptr) : nullptr;
+        kh::is_element(parent) ? kh::new_element(call, document->doc, parent->ns, name, nullptr) : nullptr;
     if (!child)
         return op.fail(KH_ERR_CREATE_NODE, ". Node: %s", name);
-    XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, parent) + 2);
+    XmlNode indentation =
+        kh::new_indentation(call, document->doc, 2 * distance_from_root(*document, parent) + 2);
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
     document->edited();
@@ -159,7 +163,8 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
     if (reference->parent && reference->parent == document->root->parent) // a document has one root
         return op.fail(KH_ERR_ADD_SIBLING);
     const ParserCall call;
-    XmlNode indentation = kh::new_indentation(document->doc, 2 * distance_from_root(*document, reference));
+    XmlNode indentation =
+        kh::new_indentation(call, document->doc, 2 * distance_from_root(*document, reference));
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
     document->edited();

@@ -4,9 +4,8 @@
 
 namespace kh {
 
-XmlNode new_indentation(xmlDoc* document, long spaces) noexcept
+XmlNode new_indentation(const ParserCall&, xmlDoc* document, long spaces) noexcept
 {
-    const ParserCall call;
     const auto size = static_cast<std::size_t>(std::max(spaces, 0L)) + 1;
     XmlNode text(xmlNewDocText(document, nullptr));
     XmlText content(static_cast<xmlChar*>(xmlMallocAtomic(size + 1)));

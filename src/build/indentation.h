@@ -6,8 +6,9 @@
 
 namespace kh {
 
-/// A text node of a newline and `spaces` spaces; null when memory runs out.
-XmlNode new_indentation(xmlDoc* document, long spaces) noexcept;
+/// A text node of a newline and `spaces` spaces; null when memory runs out, which the caller's guard takes the
+/// message of.
+XmlNode new_indentation(const ParserCall& guard, xmlDoc* document, long spaces) noexcept;
 
 /// Takes the text away that stands directly before a node: its indentation.
 void remove_indentation(xmlNode* node) noexcept;

@@ -11,9 +11,9 @@ namespace kh {
 namespace {
 
 /// Puts the closing tag of a last child's parent on a line of its own.
-bool indent_closing_tag(xmlNode* last_child, long depth, Operation& op) noexcept
+bool indent_closing_tag(const ParserCall& call, xmlNode* last_child, long depth, Operation& op) noexcept
 {
-    XmlNode indentation = new_indentation(last_child->doc, 2 * depth - 2);
+    XmlNode indentation = new_indentation(call, last_child->doc, 2 * depth - 2);
     if (!indentation)
         op.fail(KH_ERR_CREATE_NODE, "%s", indentation_detail);
     else if (!xmlAddNextSibling(last_child, indentation.get()))
@@ -43,6 +43,7 @@ void prepare_all(const xmlNode* root, Operation& op) noexcept
 /// nothing, so that a second pass adds nothing.
 void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
 {
+    const ParserCall call;
     const xmlNode* const top = node->parent;
     long depth = distance_from_root(document, node);
     for (;;) {
@@ -58,7 +59,7 @@ void format_siblings(const Document& document, xmlNode* node, Operation& op) noe
         }
         for (;;) {
             if (is_element(node) && !node->next) {
-                if (node == document.root || !indent_closing_tag(node, depth, op))
+                if (node == document.root || !indent_closing_tag(call, node, depth, op))
                     return;
             }
             if (node->next)

@@ -13,19 +13,25 @@ namespace kh {
 
 ParserCall::ParserCall() noexcept
     : generic_(xmlGenericError), generic_context_(xmlGenericErrorContext), structured_(xmlStructuredError),
-      structured_context_(xmlStructuredErrorContext)
+      structured_context_(xmlStructuredErrorContext), generic_before_(generic_),
+      generic_context_before_(generic_context_), structured_before_(structured_),
+      structured_context_before_(structured_context_)
 {
     errno = 0;
     fatal_message_[0] = '\0';
     xmlResetLastError();
-    xmlSetGenericErrorFunc(this, take_message);
-    xmlSetStructuredErrorFunc(nullptr, nullptr);
+    generic_ = take_message;
+    generic_context_ = this;
+    structured_ = nullptr;
+    structured_context_ = nullptr;
 }
 
 ParserCall::~ParserCall()
 {
-    xmlSetGenericErrorFunc(generic_context_, generic_);
-    xmlSetStructuredErrorFunc(structured_context_, structured_);
+    generic_ = generic_before_;
+    generic_context_ = generic_context_before_;
+    structured_ = structured_before_;
+    structured_context_ = structured_context_before_;
 }
 
 static bool last_error_is_memory() noexcept

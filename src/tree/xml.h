@@ -56,10 +56,15 @@ public:
 private:
     static void take_message(void* self, const char* format, ...);
 
-    xmlGenericErrorFunc generic_;
-    void* generic_context_;
-    xmlStructuredErrorFunc structured_;
-    void* structured_context_;
+    // Where libxml2 keeps its handlers for this thread: finding them takes it longer than all the rest.
+    xmlGenericErrorFunc& generic_;
+    void*& generic_context_;
+    xmlStructuredErrorFunc& structured_;
+    void*& structured_context_;
+    const xmlGenericErrorFunc generic_before_;
+    void* const generic_context_before_;
+    const xmlStructuredErrorFunc structured_before_;
+    void* const structured_context_before_;
     bool out_of_memory_ = false;
     char fatal_message_[256];
 };
