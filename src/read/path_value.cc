@@ -63,6 +63,8 @@ const char* text_at_path_end(const Document& document, const xmlNode* node, cons
         op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
         return nullptr;
     }
+    if (const char* text = document.element_index.known_text_of(node))
+        return text;
     const xmlNode* child = first_child(node);
     if (child && !child->next)
         return content_of(child);

@@ -66,12 +66,14 @@ std::size_t ChildIndex::List::position_of(const xmlNode* child)
 
 ChildIndex::List& ChildIndex::list(const xmlNode* parent, const char* name)
 {
+    if (last_used_->parent_ == parent && last_used_->name_ == name)
+        return *last_used_;
     ++uses_;
     List* oldest = lists_.data();
     for (List& list : lists_) {
         if (list.parent_ == parent && list.name_ == name) {
             list.used_ = uses_;
-            return list;
+            return *(last_used_ = &list);
         }
         if (list.used_ < oldest->used_)
             oldest = &list;
@@ -80,7 +82,8 @@ ChildIndex::List& ChildIndex::list(const xmlNode* parent, const char* name)
     fresh.name_ = name;
     fresh.parent_ = parent;
     fresh.used_ = uses_;
-    return *oldest = std::move(fresh);
+    *oldest = std::move(fresh);
+    return *(last_used_ = oldest);
 }
 
 void ChildIndex::inserted_behind(const xmlNode* sibling) noexcept

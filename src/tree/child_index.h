@@ -57,6 +57,7 @@ private:
     void forget(const xmlNode* parent) noexcept;
 
     std::array<List, 8> lists_;
+    List* last_used_ = lists_.data();
     unsigned long uses_ = 0;
 };
 

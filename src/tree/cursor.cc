@@ -155,6 +155,7 @@ bool set_requested_tag(Document& document, std::string_view name) noexcept
     std::memcpy(tag, name.data(), name.size());
     tag[name.size()] = '\0';
     document.requested_tag = tag;
+    document.tag_is_from_path = false;
     document.visited = 0;
     return true;
 }
@@ -162,6 +163,7 @@ bool set_requested_tag(Document& document, std::string_view name) noexcept
 void clear_requested_tag(Document& document) noexcept
 {
     document.requested_tag = nullptr;
+    document.tag_is_from_path = false;
     document.visited = 0;
 }
 

@@ -41,6 +41,7 @@ struct Document : kh_document_slot {
     struct Step {
         xmlNode* node;  ///< what the segment led to
         xmlNode* tried; ///< where the walk up to here left the cursor; null where it was not moved
+        ElementIndex::Position position; ///< the node's in the index, where that was asked for
     };
     Step walked[KH_MAX_PATH_NODES];
     long walked_count = 0;
@@ -54,8 +55,14 @@ struct Document : kh_document_slot {
     /// True when all closing tags have their indentation, and nothing has been edited since.
     bool is_formatted = false;
 
+    /// The numbers that the index has for the names on the path stack, and which index that was.
+    ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
+    unsigned long numbered_for = 0;
+
     /// The requested tag; `requested_tag` points into it.
     ReusedBlock tag;
+    /// True when it is the last name of the path on the stack.
+    bool tag_is_from_path = false;
 
     /// Namespace declarations that were taken off their element while others still refer to them.
     XmlNamespaces detached;

@@ -66,6 +66,8 @@ void ElementIndex::drop() noexcept
     elements_.resize(0);
     names_.resize(0);
     numbers_.clear();
+    for (Children& list : lists_)
+        list = {none, none, {}};
 }
 
 bool ElementIndex::has_room_for(std::size_t count, std::size_t most) noexcept
@@ -114,15 +116,17 @@ bool ElementIndex::make(xmlNode* root) noexcept
 {
     const std::size_t walked = walked_;
     try {
-        if (root && note_all(root, std::min<std::size_t>(walked, none)))
+        if (root && note_all(root, std::min<std::size_t>(walked, none))) {
+            ++generation_;
             return true;
+        }
     } catch (const std::bad_alloc&) {
         // Then callers walk.
     }
     drop();
     // All attempts together cost no more than the walks that led to them.
     walked_ = walked;
-    worthwhile_ = 2 * walked;
+    worthwhile_ = 4 * walked;
     return false;
 }
 
@@ -172,6 +176,45 @@ ElementIndex::Position ElementIndex::sibling_named(Name name, Position position,
     while (position < end && names_[position] != name)
         position = end_at(position);
     return position;
+}
+
+ElementIndex::Children& ElementIndex::children(Position parent, Name name)
+{
+    for (std::size_t tried = 0; tried < std::size(lists_); ++tried) {
+        Children& list = lists_[last_list_];
+        if (list.parent == parent && list.name == name)
+            return list;
+        last_list_ = (last_list_ + 1) % std::size(lists_);
+    }
+    // The one used last is the last to be replaced.
+    last_list_ = (last_list_ + 1) % std::size(lists_);
+    lists_[last_list_] = {parent, name, {}};
+    return lists_[last_list_];
+}
+
+ElementIndex::Position ElementIndex::child_at(Position parent, Name name, std::size_t index) noexcept
+{
+    const Position end = end_at(parent);
+    constexpr std::size_t near = 8;
+    if (index < near) {
+        Position child = sibling_named(name, parent + 1, end);
+        for (; index > 0 && child < end; --index)
+            child = sibling_named(name, end_at(child), end);
+        return child < end ? child : none;
+    }
+    try {
+        std::vector<Position>& positions = children(parent, name).positions;
+        while (positions.size() <= index) {
+            const Position from = positions.empty() ? parent + 1 : end_at(positions.back());
+            const Position child = sibling_named(name, from, end);
+            if (child >= end)
+                return none;
+            positions.push_back(child);
+        }
+        return positions[index];
+    } catch (const std::bad_alloc&) {
+        return none;
+    }
 }
 
 } // namespace kh

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace kh {
 
@@ -72,6 +73,15 @@ public:
         return element == node_at(last_) ? last_ : element == node_at(0) ? 0 : none;
     }
 
+    /// The text of the element that was found last, if it is like most; null for every other.
+    const char* known_text_of(const xmlNode* element) const noexcept
+    {
+        return count_ > 0 && element == node_at(last_) ? text_at(last_) : nullptr;
+    }
+
+    /// Another number each time that the index is made; 0 while there is none.
+    unsigned long generation() const noexcept { return count_ > 0 ? generation_ : 0; }
+
     /// The number of a name; `none` for one that no element has.
     Name number_of(const char* name) const noexcept;
     xmlNode* node_at(Position position) const noexcept { return elements_[position].node; }
@@ -84,6 +94,10 @@ public:
     Position next_named(Name name, Position position) noexcept;
     /// The same among siblings; `end` if there is none.
     Position sibling_named(Name name, Position position, Position end) const noexcept;
+    /// The child element of a name with a 0-based index; `none` where that would need care.
+    Position child_at(Position parent, Name name, std::size_t index) noexcept;
+    /// An element at this position was found.
+    void found(Position position) noexcept { last_ = position; }
 
 private:
     struct Element {
@@ -91,6 +105,13 @@ private:
         const char* text;
         Position end;
     };
+    /// The children of one name, as far as they were asked for.
+    struct Children {
+        Position parent;
+        Name name;
+        std::vector<Position> positions;
+    };
+    Children& children(Position parent, Name name);
     bool make(xmlNode* root) noexcept;
     bool note_all(xmlNode* root, std::size_t most);
     bool has_room_for(std::size_t count, std::size_t most) noexcept;
@@ -98,6 +119,9 @@ private:
     MappedArray<Element> elements_;
     MappedArray<Name> names_; ///< apart, as most are only looked at for their names
     std::map<std::string, Name, std::less<>> numbers_;
+    Children lists_[4] = {}; ///< those asked for last
+    std::size_t last_list_ = 0;
+    unsigned long generation_ = 0;
     Position count_ = 0;
     Position last_ = 0; ///< that was found
     std::size_t walked_ = 0;

@@ -97,16 +97,23 @@ void fill_stack(Document& document, const Segments& segments, char* path) noexce
     }
     document.stack_count = segments.count;
     document.array_position = segments.array_position;
+    document.numbered_for = 0;
 }
 
 /// The last name that is no attribute becomes the requested tag.
 long request(Document& document, Operation& op) noexcept
 {
     const long last = document.stack_count - 1 - ends_with_attribute(document);
-    if (last < 0 || set_requested_tag(document, document.stack_name[last]))
+    if (last >= 0 && document.tag_is_from_path) {
+        document.visited = 0;
         return op.status();
-    empty_stack(document);
-    return op.fail(KH_ERR_MEMORY);
+    }
+    if (last >= 0 && !set_requested_tag(document, document.stack_name[last])) {
+        empty_stack(document);
+        return op.fail(KH_ERR_MEMORY);
+    }
+    document.tag_is_from_path = accelerated && last >= 0;
+    return op.status();
 }
 
 std::size_t common_length(std::string_view one, std::string_view other) noexcept
@@ -124,13 +131,15 @@ std::size_t common_length(std::string_view one, std::string_view other) noexcept
     return common;
 }
 
-/// How many segments a path begins with that stand on the stack already. Callers often ask for paths that
-/// differ in the last steps, or not at all. An array node's index changes as it is walked.
-long shared_segments(const Document& document, std::string_view path) noexcept
+/// How many characters a path has in common with the one on the stack, from the start on.
+std::size_t common_with_stack(const Document& document, std::string_view path) noexcept
 {
-    if (!accelerated)
-        return 0;
-    const std::size_t common = common_length(document.chopped_path, path);
+    return accelerated && document.stack_count > 0 ? common_length(document.chopped_path, path) : 0;
+}
+
+/// How many segments that makes. An array node's index changes as it is walked.
+long shared_segments(const Document& document, std::string_view path, std::size_t common) noexcept
+{
     const long last = document.array_position == -1 ? document.stack_count : document.array_position;
     const bool ends_there = common == path.size() || path[common] == '/';
     long count = 0;
@@ -140,11 +149,57 @@ long shared_segments(const Document& document, std::string_view path) noexcept
     return count;
 }
 
-/// True when the stack holds just this path.
-bool is_on_stack(const Document& document, std::string_view path) noexcept
+/// The segment of the path on the stack that has a character in its brackets; -1 if none has.
+long segment_with_index_at(const Document& document, std::size_t place) noexcept
 {
-    return accelerated && document.stack_count > 0 && document.array_position == -1 &&
-           document.chopped_path == path;
+    long segment = document.stack_count - 1;
+    while (segment >= 0 && document.extents[segment].name_end >= place)
+        --segment;
+    return segment >= 0 && place < document.extents[segment].end ? segment : -1;
+}
+
+/// The length of "NUMBER]" at the end of a segment, with a number that needs no care; 0 for all else.
+std::size_t length_of_plain_index(std::string_view path, std::size_t start, long& number) noexcept
+{
+    constexpr std::size_t most_digits = 9;
+    std::size_t length = 0;
+    number = 0;
+    for (; start + length < path.size() && path[start + length] >= '0' && path[start + length] <= '9';
+         ++length)
+        number = 10 * number + (path[start + length] - '0');
+    const std::size_t end = start + length;
+    const bool closed = path.substr(end, 1) == "]" && (end + 1 == path.size() || path[end + 1] == '/');
+    return closed && length > 0 && length <= most_digits ? length + 1 : 0;
+}
+
+/// Puts a path onto the stack that differs in one index alone from the one there, as paths in a loop do. False,
+/// and no change, where it differs otherwise.
+bool change_index(Document& document, std::string_view path, std::size_t common) noexcept
+{
+    const std::string_view old_path = document.chopped_path;
+    const long segment = document.array_position == -1 ? segment_with_index_at(document, common) : -1;
+    if (segment < 0)
+        return false;
+    const std::size_t start = document.extents[segment].name_end + 1;
+    long number = 0;
+    const std::size_t old_length = length_of_plain_index(old_path, start, number);
+    const std::size_t length = length_of_plain_index(path, start, number);
+    if (old_length == 0 || length == 0 || old_path.substr(start + old_length) != path.substr(start + length))
+        return false;
+    try {
+        document.chopped_path.replace(start, old_length, path, start, length);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    document.stack_index[segment] = number - 1;
+    document.walked_count = std::min(document.walked_count, segment);
+    document.extents[segment].end += length - old_length;
+    for (long i = segment + 1; length != old_length && i < document.stack_count; ++i) {
+        document.extents[i].start += length - old_length;
+        document.extents[i].name_end += length - old_length;
+        document.extents[i].end += length - old_length;
+    }
+    return true;
 }
 
 /// Remembers the path that the stack holds; without memory it will be taken apart again.
@@ -157,13 +212,11 @@ void remember_path(Document& document, std::string_view path) noexcept
     }
 }
 
-long chop(Document& document, const char* path, Operation& op) noexcept
+/// Takes a path apart that begins with segments that stand on the stack already.
+long chop(Document& document, std::string_view text, long shared, Operation& op) noexcept
 {
-    const std::string_view text = path;
-    if (is_on_stack(document, text))
-        return request(document, op);
+    const char* path = text.data();
     const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
-    const long shared = shared_segments(document, text);
     const long walked = std::min(document.walked_count, shared);
     const Segments segments(path, document, shared);
     empty_stack(document);
@@ -179,7 +232,21 @@ long chop(Document& document, const char* path, Operation& op) noexcept
     remember_path(document, text);
     document.absolute = *path == '/';
     document.walked_count = walked;
+    document.tag_is_from_path = false;
     return request(document, op);
+}
+
+/// The same for a path that may be the one on the stack, or much like it: callers often ask for paths that
+/// differ in the last steps, in an index, or not at all.
+long chop(Document& document, const char* path, Operation& op) noexcept
+{
+    const std::string_view text = path;
+    const std::size_t common = common_with_stack(document, text);
+    const bool is_on_stack = common > 0 && common == text.size() && common == document.chopped_path.size();
+    if ((is_on_stack && document.array_position == -1) ||
+        (common > 0 && change_index(document, text, common)))
+        return request(document, op);
+    return chop(document, text, shared_segments(document, text, common), op);
 }
 
 /// The end of a walk over the whole stack: a last attribute is not walked.
@@ -190,16 +257,15 @@ long walk_end(const Document& document) noexcept
 
 bool is_step_up(const Document& document, long entry) noexcept
 {
-    return std::strcmp(document.stack_name[entry], "..") == 0;
+    const char* name = document.stack_name[entry];
+    return name[0] == '.' && name[1] == '.' && name[2] == '\0';
 }
 
 /// One step of a walk, along an entry of the stack.
 xmlNode* step(long* fd, Document& document, xmlNode* node, long entry, Operation& op) noexcept
 {
     const char* name = document.stack_name[entry];
-    if (name[0] != '.')
-        return go_to_child(document, node, name, document.stack_index[entry]);
-    if (name[1] == '\0')
+    if (name[0] == '.' && name[1] == '\0')
         return node;
     if (!is_step_up(document, entry))
         return go_to_child(document, node, name, document.stack_index[entry]);
@@ -220,6 +286,46 @@ xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end,
     return node;
 }
 
+/// Where in the index a walk begins that goes on from a step; `none` where that is not known.
+ElementIndex::Position position_of(ElementIndex& index, Document::Step& step) noexcept
+{
+    if (step.position >= index.count() || index.node_at(step.position) != step.node)
+        step.position = index.position_of(step.node);
+    return step.position;
+}
+
+/// The numbers of the names on the stack.
+const ElementIndex::Name* stack_numbers(Document& document) noexcept
+{
+    const ElementIndex& index = document.element_index;
+    if (document.numbered_for != index.generation()) {
+        for (long i = 0; i < document.stack_count; ++i)
+            document.stack_number[i] = index.number_of(document.stack_name[i]);
+        document.numbered_for = index.generation();
+    }
+    return document.stack_number;
+}
+
+/// What the entries from `first` up to `end` lead to from a step, by the index alone; null for what is not
+/// there, or is no element of that name. The cursor stays.
+xmlNode* find_in_index(Document& document, Document::Step& start, long first, long end) noexcept
+{
+    ElementIndex& index = document.element_index;
+    if (first == end || !index.stands(document.root))
+        return nullptr;
+    ElementIndex::Position position = position_of(index, start);
+    const ElementIndex::Name* numbers = stack_numbers(document);
+    for (long i = first; i < end && position != ElementIndex::none; ++i) {
+        if (document.stack_index[i] < 0 || numbers[i] == ElementIndex::none)
+            return nullptr;
+        position = index.child_at(position, numbers[i], static_cast<std::size_t>(document.stack_index[i]));
+    }
+    if (position == ElementIndex::none)
+        return nullptr;
+    index.found(position);
+    return index.node_at(position);
+}
+
 /// The same from the root, going on from where the last walk of the same entries got to. A step up is taken
 /// anew each time: it sets the caller's status, and may report.
 xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
@@ -227,16 +333,21 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     xmlNode* const before = document.current;
     const long lasting = document.array_position == -1 ? end : std::min(end, document.array_position);
     if (document.walked_count == 0) {
-        document.walked[0] = {document.root, nullptr};
+        document.walked[0] = {document.root, nullptr, 0};
         document.walked_count = 1;
     }
     const long first = std::max(1L, std::min(document.walked_count, end));
-    xmlNode* node = document.walked[first - 1].node;
-    document.current = document.walked[first - 1].tried;
+    Document::Step& start = document.walked[first - 1];
+    xmlNode* node = find_in_index(document, start, first, end);
+    if (node)
+        return document.current = node;
+    node = start.node;
+    document.current = start.tried;
+    document.element_index.walked(first < end ? 1 : 0);
     for (long i = first; node && i < end; ++i) {
         node = step(fd, document, node, i, op);
         if (node && i < lasting && i == document.walked_count && !is_step_up(document, i) && accelerated) {
-            document.walked[i] = {node, document.current};
+            document.walked[i] = {node, document.current, ElementIndex::none};
             document.walked_count = i + 1;
         }
     }
