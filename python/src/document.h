@@ -3,6 +3,7 @@
 #define KALV_PYTHON_DOCUMENT_H
 
 #include "arguments.h"
+#include "interpreter.h"
 #include "status.h"
 
 #include <atomic>
@@ -20,11 +21,12 @@ public:
     Document() = default;
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
-    /// Whatever is wrong with the document table, nothing can be raised here.
+    /// Whatever is wrong with the document table, nothing can be raised here. What another thread was at when the
+    /// process forked or the interpreter ended, is nobody's to release.
     ~Document()
     {
         try {
-            if (file.getId() >= 0)
+            if (!in_use_ && file.getId() >= 0)
                 file.clean();
         } catch (const KALV::KalvError&) {
         }

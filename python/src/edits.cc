@@ -122,7 +122,7 @@ kept at most, with a warning where a text is cut, and what looks like a referenc
     methods.add(
         "copy_node",
         +[](Call& call, Text path, const FileName& source_file, Text source_path) {
-            const py::gil_scoped_release released;
+            const InterpreterReleased released;
             call.run(kh_copy_node, path.c_str(), source_file.bytes.c_str(), source_path.c_str());
         },
         py::arg("path"), py::arg("source_file"), py::arg("source_path"),

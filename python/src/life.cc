@@ -15,7 +15,7 @@ std::unique_ptr<Document> make(const std::optional<FileName>& path)
     std::unique_ptr<Document> document(::new Document);
     if (path)
         translated("XmlFile.read", [&] {
-            const py::gil_scoped_release released;
+            const InterpreterReleased released;
             document->file.read(path->bytes);
         });
     return document;
@@ -24,7 +24,7 @@ std::unique_ptr<Document> make(const std::optional<FileName>& path)
 void close(Document& document)
 {
     perform(document, "XmlFile.close", [](Call& call) {
-        const py::gil_scoped_release released;
+        const InterpreterReleased released;
         if (call.fd >= 0)
             call.file.clean();
     });
@@ -48,7 +48,7 @@ py::bytes to_bytes(Document& document)
     char* data = nullptr;
     long size = 0;
     perform(document, "XmlFile.to_bytes", [&](Call& call) {
-        const py::gil_scoped_release released;
+        const InterpreterReleased released;
         call.run(kh_tree_write_memory, &data, &size);
     });
     const std::unique_ptr<char, void (*)(void*)> owner(data, std::free);
@@ -89,7 +89,7 @@ void define_life(Methods& methods)
         "read",
         [](const py::object& self, const FileName& path) {
             perform(self.cast<Document&>(), "XmlFile.read", [&](Call& call) {
-                const py::gil_scoped_release released;
+                const InterpreterReleased released;
                 call.file.read(path.bytes);
             });
             return self;
@@ -101,7 +101,7 @@ cursor stands on the root. Returns the object itself.)");
         "read_bytes",
         [](const py::object& self, Bytes& data) {
             perform(self.cast<Document&>(), "XmlFile.read_bytes", [&](Call& call) {
-                const py::gil_scoped_release released;
+                const InterpreterReleased released;
                 call.file.readMemory(std::string(data.data(), data.size()));
             });
             return self;
@@ -120,7 +120,7 @@ cursor stands on the root. Returns the object itself.)");
         "save",
         +[](Call& call, const std::optional<FileName>& path) {
             const std::string name = path ? path->bytes : call.file.getFileName();
-            const py::gil_scoped_release released;
+            const InterpreterReleased released;
             call.run(kh_tree_write, name.c_str());
         },
         py::arg("path") = py::none(),

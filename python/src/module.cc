@@ -2,8 +2,12 @@
 #include "document.h"
 
 #include <kalv/FileHandlingFunc.h>
+#include <kalv/document.h>
 #include <kalv/product.h>
 #include <kalv/version.h>
+#include <new>
+#include <pthread.h>
+#include <pybind11/numpy.h>
 
 namespace kalv_python {
 
@@ -17,6 +21,30 @@ void keep_libxml2_alive()
     kh_tree_create(&status);
     if (status != KH_OK)
         raise_error("kalv", status);
+}
+
+/// pybind11 looks numpy's functions up at their first use, and a second thread that needs them then would wait
+/// for that with the interpreter's lock in its hands, without which the first one never ends.
+void find_numpy()
+{
+    static_cast<void>(py::dtype::of<double>());
+}
+
+void lock_table()
+{
+    pthread_mutex_lock(&parser_mutex);
+}
+
+void unlock_table()
+{
+    pthread_mutex_unlock(&parser_mutex);
+}
+
+/// A child of this process has one thread, which would wait for ever for a lock that another one held.
+void keep_table_unlocked_in_children()
+{
+    if (pthread_atfork(lock_table, unlock_table, unlock_table) != 0)
+        throw std::bad_alloc();
 }
 
 std::string compose(long satellite, Text file_class, Text file_type, Text instance, long extension)
@@ -47,6 +75,8 @@ PYBIND11_MODULE(_core, module)
 {
     define_status(module);
     keep_libxml2_alive();
+    keep_table_unlocked_in_children();
+    find_numpy();
 
     module.attr("__version__") = version();
     module.def("set_verbose", &KALV::FileHandlingFunc::setVerbose,

@@ -59,7 +59,7 @@ template <class Stored, class Function>
 Array<Stored> read_array(Call& call, Function function, const char* name)
 {
     Array<Stored> array;
-    const py::gil_scoped_release released;
+    const InterpreterReleased released;
     call.run(function, name, array.address(), array.count());
     return array;
 }
@@ -281,7 +281,7 @@ attribute "count" of that element says.)");
     methods.add(
         "find_value_in_path",
         +[](Call& call, Text path, Text value) {
-            const py::gil_scoped_release released;
+            const InterpreterReleased released;
             return call.file.findValueInPath(path.string(), value.string());
         },
         py::arg("path"), py::arg("value"),

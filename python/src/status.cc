@@ -11,6 +11,15 @@ namespace py = pybind11;
 
 namespace {
 
+/// What statuses become in Python. Never released: an error can be raised when no module can be imported any more.
+struct Classes {
+    py::object status;
+    py::object error;
+    py::object in_use;
+    py::object warn;
+};
+const Classes* classes = nullptr;
+
 /// The calling thread's last report. What it quotes of a document need not be whole characters.
 py::str last_report()
 {
@@ -25,31 +34,28 @@ py::tuple described(const std::string& function, long code)
 {
     char message[KH_MESSAGE_SIZE];
     kh_basic_error_msg(code, message);
-    const py::object status = py::module_::import("kalv._core").attr("Status")(code);
-    return py::make_tuple(status, message, function, last_report());
+    return py::make_tuple(classes->status(code), message, function, last_report());
 }
 
 } // namespace
 
 void raise_error(const std::string& function, long code)
 {
-    const py::object type = py::module_::import("kalv._errors").attr("KalvError");
-    const py::object error = type(*described(function, code));
-    PyErr_SetObject(type.ptr(), error.ptr());
+    const py::object error = classes->error(*described(function, code));
+    PyErr_SetObject(classes->error.ptr(), error.ptr());
     throw py::error_already_set();
 }
 
 void raise_in_use()
 {
-    const py::object type = py::module_::import("kalv._errors").attr("InUseError");
-    PyErr_SetString(type.ptr(), "the document is in use by another thread");
+    PyErr_SetString(classes->in_use.ptr(), "the document is in use by another thread");
     throw py::error_already_set();
 }
 
 void warn_of(const std::string& function, long code)
 {
     if (code != KH_OK)
-        py::module_::import("kalv._errors").attr("warn")(*described(function, code));
+        classes->warn(*described(function, code));
 }
 
 long code_of(const KALV::KalvError& error)
@@ -116,6 +122,8 @@ void define_status(py::module_& module)
     const py::object status = enumeration("Status", members, py::arg("module") = "kalv");
     status.attr("__doc__") = "The codes of errors, which are negative, and of warnings.";
     module.attr("Status") = status;
+    const py::module_ errors = py::module_::import("kalv._errors");
+    classes = new Classes{status, errors.attr("KalvError"), errors.attr("InUseError"), errors.attr("warn")};
 }
 
 } // namespace kalv_python

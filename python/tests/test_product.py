@@ -84,6 +84,20 @@ def test_what_is_no_header(doc):
     assert code_of(lambda: kalv.XmlFile().create().create_header(22)) == kalv.Status.ERR_NO_HEADER_TYPE
 
 
+def test_a_header_that_makes_its_items(doc):
+    class Made(kalv.FixedHeader):
+        @property
+        def notes(self):
+            return "made " * 50
+
+        @notes.setter
+        def notes(self, text):
+            pass
+
+    doc.header = Made()
+    assert doc.header.notes == "made " * 50
+
+
 @pytest.mark.parametrize("name, parts, satellite, texts", cases("file_names"))
 def test_split(name, parts, satellite, texts):
     items = texts.replace("(untouched)", "").split("|")
