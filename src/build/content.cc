@@ -84,7 +84,10 @@ private:
             return true;
         XmlNode node(xmlNewDocText(document_, to_xml(run_.c_str())));
         run_.clear();
-        return node && node->content && nodes_.add(std::move(node));
+        const bool complete = node && node->content;
+        if (complete)
+            nodes_.add(std::move(node));
+        return complete;
     }
 
     xmlDoc* document_;

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 const char KH_FILE_HANDLING_VERSION[100] = "KH_VERS_" KH_VERSION_TEXT;
 const char KH_Library_compat[1][100] = {"KH_KH_COMPAT_" KH_VERSION_TEXT};
@@ -26,12 +27,9 @@ long KH_Get_lib_version_number(void)
 
 char* KH_Get_compatibility_table(void)
 {
-    // The mark is always in the table, so the scan needs no end; callers get a pointer that is not const.
-    const char(*row)[100] = KH_Library_compat;
-    const char* mark = nullptr;
-    while (!(mark = std::strstr(*row, "KH_KH_COMPAT")))
-        ++row;
-    return const_cast<char*>(mark);
+    // The table has a single row, which holds the mark; callers get a pointer that is not const.
+    static_assert(std::size(KH_Library_compat) == 1, "with more rows, the mark would have to be looked for");
+    return const_cast<char*>(std::strstr(KH_Library_compat[0], "KH_KH_COMPAT"));
 }
 
 long KH_strcmp(const char* a, const char* b)

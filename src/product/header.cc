@@ -136,7 +136,9 @@ public:
     bool add(Add* add_element, const char* name) noexcept
     {
         add_element(fd_, ".", name, op_.error_vector());
-        return !op_.failed() || fail(KH_ERR_CREATE_NODE);
+        if (op_.failed())
+            return fail(KH_ERR_CREATE_NODE);
+        return true;
     }
 
 private:
@@ -146,7 +148,12 @@ private:
         return !op_.failed();
     }
 
-    bool reach(const std::string& path) noexcept { return go_to(path) || fail(KH_ERR_NOT_FOUND); }
+    bool reach(const std::string& path) noexcept
+    {
+        if (!go_to(path))
+            return fail(KH_ERR_NOT_FOUND);
+        return true;
+    }
 
     bool fail(long code) noexcept
     {

@@ -31,7 +31,8 @@ public:
         return count_ < capacity_ || resize(2 * capacity_, op);
     }
 
-    bool shrink(Operation& op) noexcept { return count_ == 0 || count_ == capacity_ || resize(count_, op); }
+    /// To the entries that there are; an array that holds some always has room for more until then.
+    bool shrink(Operation& op) noexcept { return count_ == 0 || resize(count_, op); }
 
     void discard() noexcept
     {

@@ -82,7 +82,7 @@ public:
 
     /// True when bytes could not be read, or are not what compressed ones must be.
     bool failed() const noexcept { return failed_; }
-    /// The parser that the bytes go to.
+    /// Tells the parser that the bytes go to, before it reads any.
     void serve(const xmlParserCtxt* parser) noexcept { parser_ = parser; }
     const char* problem() const noexcept { return problem_; }
 
@@ -100,7 +100,7 @@ public:
     {
         auto* input = static_cast<Input*>(self);
         input->call_.note_failures();
-        if (input->parser_ && !input->parser_->wellFormed)
+        if (!input->parser_->wellFormed)
             return 0; // nothing can mend it any more, and libxml2 takes very long over some of what follows
         const std::size_t room = static_cast<std::size_t>(size);
         const std::size_t count =
@@ -281,6 +281,7 @@ Parser new_parser() noexcept
 /// Gives the parser its input: a small file as a whole, which is fastest, any other piece by piece.
 bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcept
 {
+    source.serve(parser);
     xmlParserInputBuffer* buffer =
         source.is_in_memory()
             ? xmlParserInputBufferCreateMem(source.data(), source.size(), XML_CHAR_ENCODING_NONE)
@@ -295,7 +296,6 @@ bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcep
     if (file_name)
         input->filename = reinterpret_cast<char*>(xmlCanonicPath(to_xml(file_name)));
     inputPush(parser, input);
-    source.serve(parser);
     return true;
 }
 

@@ -485,4 +485,28 @@ TEST(AddSiblingBesideTheRoot, IsRefusedOfACommentBesideTheRoot)
     EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<!--c-->\n<r/>\n");
 }
 
+TEST(CreateRoot, PutsANewRootBehindTheDocumentType)
+{
+    Document document("<!--c--><!DOCTYPE r [\n<!ENTITY e \"text\">\n]><r/>");
+    ASSERT_EQ(status(document, kh_tree_remove_node, "/r"), KH_OK);
+    ASSERT_EQ(status(document, kh_tree_create_root, "new"), KH_OK);
+    EXPECT_TRUE(edit::read_plainly(document.written()));
+    EXPECT_NE(document.written().find("]>\n<new>"), std::string::npos) << document.written();
+}
+
+TEST(AddSibling, TakesAReferenceThatStandsNowhere)
+{
+    Document document("<r/>");
+    xmlNode* reference = xmlNewDocNode(document.slot()->doc, nullptr, BAD_CAST "a", nullptr);
+    xmlNode* added = xmlNewDocNode(document.slot()->doc, nullptr, BAD_CAST "b", nullptr);
+    EXPECT_EQ(outcome(document, kh_tree_add_sibling, reference, added, xmlAddNextSibling), success);
+    ASSERT_NE(reference->next, nullptr);
+    EXPECT_EQ(reference->next->type, XML_TEXT_NODE);
+    EXPECT_EQ(reference->next->next, added);
+    EXPECT_EQ(document.current(), added);
+    document.slot()->current = document.root();
+    xmlFreeNodeList(reference);
+    EXPECT_EQ(in_memory(document), "<r/>");
+}
+
 } // namespace

@@ -266,4 +266,13 @@ TEST_F(CopyNode, CopiesManySiblings)
     EXPECT_TRUE(in_memory(document) == "<r>" + tree + "</r>");
 }
 
+TEST_F(CopyNode, LeavesOutEntitiesThatNobodyDeclares)
+{
+    Document document("<r/>");
+    EXPECT_EQ(copy(document, "/r", "<!DOCTYPE s SYSTEM \"not there\"><s><a x=\"1&e;2\">3&e;4</a></s>", "/s/a")
+                  .status,
+              KH_OK);
+    EXPECT_EQ(in_memory(document), "<r><a x=\"12\">34</a></r>");
+}
+
 } // namespace

@@ -209,4 +209,20 @@ TEST(Save, ReportsAsAWriteDoes)
     EXPECT_EQ(status(empty, kh_tree_save, "file"), KH_ERR_NO_ROOT);
 }
 
+TEST(InsertAndDeleteNode, CheckTheirDescriptor)
+{
+    Document document("<r/>");
+    for (const auto& [descriptor, code] :
+         {std::pair{512L, KH_ERR_DESCRIPTOR}, {-1L, KH_ERR_DESCRIPTOR}, {511L, KH_ERR_NO_DOCUMENT}}) {
+        long fd = descriptor;
+        EXPECT_EQ(outcome_of([&](long* ierr) {
+                      EXPECT_EQ(insert(&fd, document.root(), nullptr, KH_NODE_ELEMENT, "a", ierr), nullptr);
+                  }),
+                  failure(code, "kh_tree_insert_node"));
+        EXPECT_EQ(outcome_of([&](long* ierr) { kh_tree_delete_node(&fd, document.root(), ierr); }),
+                  failure(code, "kh_tree_delete_node"));
+    }
+    EXPECT_EQ(in_memory(document), "<r/>");
+}
+
 } // namespace

@@ -488,4 +488,13 @@ TEST(SetSchemaOfAFile, RefusesATextThatNoFileCanHold)
     EXPECT_EQ(global_current_status[0], nullptr);
 }
 
+TEST(SetSchema, DoesNothingWithATextThatNoFileCanHold)
+{
+    for (const char* schema : {"\x01", "\xff", "a\x02.xsd"}) {
+        Document document("<r a=\"1\"/>");
+        set_schema(document, schema, 0);
+        EXPECT_EQ(in_memory(document), "<r a=\"1\"/>");
+    }
+}
+
 } // namespace

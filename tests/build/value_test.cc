@@ -611,4 +611,51 @@ TEST_F(SetValue, ReturnsItsStatus)
     EXPECT_EQ(value(), "42");
 }
 
+TEST_F(SetValue, AReferenceToACharacterGivesThatCharacter)
+{
+    Document utf8("<?xml version=\"1.0\" encoding=\"UTF-8\"?><r/>");
+    struct Case {
+        const char *reference, *character;
+    };
+    for (const auto& [reference, character] : std::vector<Case>{{"&#x7F;", "\x7f"},
+                                                                {"&#x80;", "\xc2\x80"},
+                                                                {"&#x7FF;", "\xdf\xbf"},
+                                                                {"&#x800;", "\xe0\xa0\x80"},
+                                                                {"&#xFFFD;", "\xef\xbf\xbd"},
+                                                                {"&#x10000;", "\xf0\x90\x80\x80"},
+                                                                {"&#x10FFFF;", "\xf4\x8f\xbf\xbf"}}) {
+        EXPECT_EQ(status(utf8, kh_tree_set_string_node_value, "/r", reference, "%s"), KH_OK);
+        support::Text read;
+        EXPECT_EQ(status(utf8, kh_tree_get_current_element_value, read.out()), KH_OK);
+        EXPECT_EQ(read.string(), character) << reference;
+    }
+}
+
+TEST_F(SetValue, RefusesALongPrintThatIsNoText)
+{
+    const std::string bytes(600, '\x80');
+    EXPECT_EQ(set("new", bytes.c_str()).status, KH_ERR_ARGUMENT);
+    EXPECT_EQ(value(), "old");
+}
+
+TEST(SetData, StaysASection)
+{
+    Document document("<r><![CDATA[old]]></r>");
+    EXPECT_EQ(status(document, kh_tree_set_string_node_value, "/r/x[0]", "<new> & ]]>", "%s"), KH_OK);
+    const edit::PlainDocument read = edit::read_plainly(document.written());
+    ASSERT_TRUE(read);
+    const std::unique_ptr<xmlChar, decltype(xmlFree)> text(
+        xmlNodeGetContent(xmlDocGetRootElement(read.get())), xmlFree);
+    EXPECT_EQ(edit::text_of(text.get()), "<new> & ]]>");
+    EXPECT_EQ(document.root()->children->type, XML_CDATA_SECTION_NODE);
+}
+
+TEST(SetterWithoutADescriptor, IsRefused)
+{
+    EXPECT_EQ(outcome_of([](long* ierr) { kh_tree_set_node_value(nullptr, "/r", "%ld", ierr, 1L); }),
+              missing_argument("kh_tree_set_node_value"));
+    EXPECT_EQ(outcome_of([](long* ierr) { kh_tree_set_text(nullptr, "/r", "text", ierr); }),
+              missing_argument("kh_tree_set_text"));
+}
+
 } // namespace

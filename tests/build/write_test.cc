@@ -1,5 +1,7 @@
 #include "build/edit.h"
 
+#include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <libxml/xmlsave.h>
 #include <sys/resource.h>
@@ -373,6 +375,12 @@ TEST_F(Replace, LeavesTheOldFileWhenTheEncodingCannotHoldAName)
         Document attribute(xml);
         ASSERT_EQ(status(attribute, kh_tree_add_attribute, "/r", "\xce\xb1"), KH_OK);
         EXPECT_EQ(write(attribute), KH_ERR_SAVE) << encoding;
+        Document prefix(xml);
+        ASSERT_EQ(status(prefix, kh_tree_set_string_node_value, "/r/@xmlns:\xce\xb1", "urn:u", "%s"), KH_OK);
+        Document declaration("<r xmlns:\xce\xb1=\"urn:u\"/>");
+        declaration.slot()->doc->encoding = xmlStrdup(BAD_CAST encoding);
+        EXPECT_EQ(write(declaration), KH_ERR_SAVE) << encoding;
+        EXPECT_EQ(write(prefix), KH_ERR_SAVE) << encoding;
     }
     expect_old_file();
 }
@@ -484,6 +492,73 @@ TEST(Write, EscapesWhatTheParserLeavesInADeclaration)
     const TemporaryFolder folder;
     kh_tree_save(&kept.fd, folder.path("kept.xml").c_str(), &kept.status);
     EXPECT_EQ(content_of(folder.path("kept.xml")), "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#60;b\"/>\n");
+}
+
+TEST_F(Replace, HoldsNamesOfAnyLengthAgainstTheEncoding)
+{
+    const std::string name(1000, 'n');
+    Document document("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><" + name + "/>");
+    EXPECT_EQ(write(document), KH_OK);
+    EXPECT_EQ(content_of(file), "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<" + name + "/>\n");
+}
+
+TEST_F(Replace, NeverTakesTheNameOfAFileThatIsThere)
+{
+    // Another process with this number may have ended in the middle of a write.
+    const std::string start = ".kalv-" + std::to_string(getpid()) + "-";
+    constexpr int leftovers = 5000; // more than this program has written
+    for (int i = 1; i <= leftovers; ++i)
+        folder.file(start + std::to_string(i), "leftover");
+    EXPECT_EQ(write(small), KH_OK);
+    expect_new_file();
+    EXPECT_EQ(folder.entries(), leftovers + 1U);
+    for (int i = 1; i <= leftovers; ++i)
+        ASSERT_EQ(content_of(folder.path(start + std::to_string(i))), "leftover") << i;
+}
+
+TEST_F(Replace, FindsNoFolderInAFile)
+{
+    EXPECT_EQ(status(small, kh_tree_write, (file + "/below.xml").c_str()), KH_ERR_SAVE);
+    expect_old_file();
+}
+
+TEST(Write, LeavesASignalThatWasWaitingBefore)
+{
+    sigset_t pipe, before, waiting;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, &before);
+    raise(SIGPIPE);
+    Document document("<r/>");
+    EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<r/>\n");
+    sigpending(&waiting);
+    EXPECT_EQ(sigismember(&waiting, SIGPIPE), 1);
+    int signal = 0;
+    sigwait(&pipe, &signal);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST(Write, ReportsADeviceThatIsFull)
+{
+    Document small("<r/>");
+    EXPECT_EQ(status(small, kh_tree_write, "/dev/full"), KH_ERR_SAVE);
+    Document compressed("<r>" + std::string(100000, 'x') + "</r>");
+    compressed.slot()->doc->compression = 9;
+    EXPECT_EQ(status(compressed, kh_tree_write, "/dev/full"), KH_ERR_SAVE);
+}
+
+TEST(Write, ReportsAStandardOutputThatIsFull)
+{
+    std::fflush(stdout);
+    const int before = dup(STDOUT_FILENO);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    dup2(full, STDOUT_FILENO);
+    Document document("<r/>");
+    EXPECT_EQ(status(document, kh_tree_write, "-"), KH_ERR_SAVE);
+    dup2(before, STDOUT_FILENO);
+    close(full);
+    close(before);
+    std::clearerr(stdout);
 }
 
 } // namespace

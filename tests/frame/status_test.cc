@@ -267,4 +267,34 @@ TEST(Reports, OfThreadsDoNotMix)
         thread.join();
 }
 
+TEST(AddErrorInfo, AppendsNothingToARecordWithAnImpossibleLength)
+{
+    for (const long length : {-1L, 512L, LONG_MAX, LONG_MIN}) {
+        Record record(5);
+        record.length = length;
+        kh_add_error_info("ab", 2, &record);
+        EXPECT_EQ(record.text(), "xxxxx") << length;
+        EXPECT_EQ(record.length, length);
+    }
+}
+
+TEST(HandleError, DoesWithoutARecordOrADetail)
+{
+    EXPECT_EQ(kh_handle_error(nullptr, -11, 1, "%s", "detail"), -11);
+    Record record;
+    EXPECT_EQ(kh_handle_error(&record, -11, 1, nullptr), -11);
+    EXPECT_EQ(record.text(), "KH: No element found");
+}
+
+TEST(MessageTable, GivesNoTextWithoutABuffer)
+{
+    EXPECT_EQ(kh_basic_error_msg(-3, nullptr), nullptr);
+}
+
+TEST(HandleXmlError, PrintsNothingForNoMessageOrAnEmptyOne)
+{
+    EXPECT_EQ(report_of([] { KH_handle_xml_error(nullptr, nullptr); }), "");
+    EXPECT_EQ(report_of([] { KH_handle_xml_error(nullptr, "%s", ""); }), "");
+}
+
 } // namespace

@@ -67,6 +67,7 @@ TEST(Strncpy, TakesANullSourceAsTheEmptyText)
 TEST(Strncpy, RefusesANullOutput)
 {
     EXPECT_EQ(outcome_of([](long* ierr) { kh_strncpy(nullptr, "a", ierr); }), missing_argument("kh_strncpy"));
+    EXPECT_EQ(kh_strncpy(nullptr, "a", nullptr), KH_ERR_ARGUMENT);
 }
 
 TEST(StringToInteger, ConvertsTheNumberAtTheStart)
@@ -98,10 +99,9 @@ TEST(StringToInteger, RefusesTheLimitsAndWhatLiesBeyond)
     const struct {
         std::string text;
         long value;
-    } rows[] = {{"9223372036854775807", LONG_MAX},
-                {"9223372036854775808", LONG_MAX},
-                {std::string(100, '9'), LONG_MAX},
-                {"-9223372036854775808", LONG_MIN},
+    } rows[] = {{"9223372036854775807", LONG_MAX},      {"9223372036854775808", LONG_MAX},
+                {std::string(100, '9'), LONG_MAX},      {"9223372036854775809", LONG_MAX},
+                {"-9223372036854775808", LONG_MIN},     {"-9223372036854775809", LONG_MIN},
                 {"-" + std::string(100, '9'), LONG_MIN}};
     for (const auto& row : rows) {
         EXPECT_EQ(outcome_of([&](long* ierr) {
@@ -294,7 +294,7 @@ TEST(AllocArray, FreesTheOldBlockAndReportsUnderTheCallersNameWhenMemoryRunsOut)
 {
     const struct {
         long n, size;
-    } rows[] = {{LONG_MAX, 1}, {LONG_MAX, 16}, {LONG_MAX / 8 + 1, 8}, {1L << 32, 1L << 32}, {-1, 8}};
+    } rows[] = {{LONG_MAX, 1}, {LONG_MAX, 16}, {LONG_MAX / 8 + 1, 8}, {1L << 32, 1L << 32}, {-1, 8}, {8, -1}};
     for (const auto& row : rows) {
         Block block;
         block.resize(10, 8);
@@ -310,6 +310,12 @@ TEST(AllocArray, RefusesANullArgument)
     long status = untouched;
     EXPECT_EQ(KH_alloc_array(1, 8, nullptr, "caller", &status), 0);
     EXPECT_EQ(status, KH_ERR_ARGUMENT);
+    Block block;
+    ASSERT_EQ(block.resize(1, 8), silent_and_untouched);
+    void* const before = block.memory;
+    EXPECT_EQ(outcome_of([&](long* ierr) { KH_alloc_array(2, 8, &block.memory, nullptr, ierr); }),
+              missing_argument("KH_alloc_array"));
+    EXPECT_EQ(block.memory, before) << "the block stays";
 }
 
 } // namespace

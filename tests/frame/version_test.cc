@@ -26,6 +26,7 @@ TEST(GetLibVersion, FillsThirteenBytesAndReturnsTheBuffer)
     EXPECT_EQ(KH_Get_lib_version(buffer), buffer);
     EXPECT_STREQ(buffer, "KH_VERS_4.27");
     EXPECT_EQ(buffer[13], '#');
+    EXPECT_EQ(KH_Get_lib_version(nullptr), nullptr);
 }
 
 TEST(GetLibVersionNumber, IsThatOfTheTextAndOfTheHeaders)

@@ -136,6 +136,16 @@ TEST_F(TableLock, ThatCannotBeGivenBackEndsAnOpeningWithoutAStatus)
         EXPECT_EQ(result, -1);
         EXPECT_EQ(outcome, support::success) << "the status stays as it was on entry";
     }
+    unlock_fails = false;
+    // The slots stay taken. That of the file holds nothing yet, and is released like any other.
+    for (long fd : {0L, 1L}) {
+        const bool is_created = fd == 1;
+        ASSERT_NE(global_current_status[fd], nullptr);
+        EXPECT_EQ(outcome_of([&](long* ierr) { kh_tree_rewind(&fd, ierr); }),
+                  failure(is_created ? KH_ERR_NO_ROOT : KH_ERR_NO_DOCUMENT, "kh_tree_rewind"));
+        EXPECT_EQ(kh_tree_cleanup_parser(&fd, nullptr), KH_OK);
+        EXPECT_EQ(global_current_status[fd], nullptr);
+    }
 }
 
 TEST_F(TableLock, ThatCannotBeGivenBackHidesARefusal)

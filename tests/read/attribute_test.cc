@@ -187,3 +187,9 @@ TEST(Attribute, LeavesNoBlockBehind)
         attribute_of(document, "r", nullptr);
     });
 }
+
+TEST(Attribute, LeavesOutEntitiesThatNobodyDeclares)
+{
+    const Document document("<!DOCTYPE r SYSTEM 'not there'><r a='x&e;y'/>");
+    EXPECT_EQ(attribute_of(document, "r", "a"), "xy");
+}

@@ -493,4 +493,16 @@ TEST(DistanceFromRoot, StopsAtTheTopOfANodeThatIsNotBelowIt)
     xmlFreeNode(element);
 }
 
+// Beyond a few, children are found without a walk; the cursor tells no difference.
+TEST_F(Step, ToAMissingFarChildMovesAsAWalkDoes)
+{
+    EXPECT_EQ(child("Z", 20), nullptr);
+    EXPECT_EQ(document.current(), document.root()) << "no child of that name";
+    EXPECT_EQ(child("A", 20), nullptr);
+    EXPECT_EQ(document.current(), a(3)) << "the last one tried";
+    Document plain("<R><A/><B/></R>");
+    EXPECT_EQ(kh_tree_go_to_child(&plain.fd, plain.root(), "A", 20), nullptr);
+    EXPECT_EQ(plain.current(), plain.root()) << "the first child is looked at without moving";
+}
+
 } // namespace

@@ -231,4 +231,38 @@ TEST(NodeFunctions, ReportNullArguments)
               missing_argument("kh_tree_go_to_node"));
 }
 
+TEST(DescribeAttributes, TellsAnEmptyValueFromOneOfReferences)
+{
+    Document document("<!DOCTYPE r [<!ENTITY e \"text\">]><r a=\"&e;y\"/>");
+    ASSERT_EQ(kh_tree_add_attribute(&document.fd, "/r", "b", nullptr) > 0, true);
+    kh_attribute attribute;
+    ASSERT_EQ(kh_node_first_attribute(document.root(), &attribute), 1);
+    EXPECT_STREQ(attribute.name, "a");
+    EXPECT_EQ(attribute.value, nullptr);
+    EXPECT_EQ(text_of(described(attribute.first_child)).substr(0, 5), "4 |e|");
+    ASSERT_EQ(kh_node_next_attribute(&attribute), 1);
+    EXPECT_STREQ(attribute.name, "b");
+    EXPECT_STREQ(attribute.value, "");
+    EXPECT_EQ(attribute.first_child, nullptr);
+}
+
+TEST(GoToNode, TakesTheDocumentItselfWhichHasNoName)
+{
+    Document document("<r a='1'/>");
+    auto* top = reinterpret_cast<xmlNode*>(document.slot()->doc);
+    ASSERT_EQ(kh_tree_go_to_node(&document.fd, top, &document.status), KH_OK);
+    Text value;
+    EXPECT_EQ(
+        outcome_of([&](long* ierr) { kh_tree_get_current_element_value(&document.fd, value.out(), ierr); }),
+        failure(KH_ERR_NOT_ELEMENT, "kh_tree_get_current_element_value", ". Element: ."));
+    EXPECT_EQ(outcome_of([&](long* ierr) {
+                  kh_tree_read_string_attribute(&document.fd, "r", "a", value.out(), ierr);
+              }),
+              success)
+        << "the next element of the name is read";
+    EXPECT_EQ(value.string(), "1");
+    long total = 0, position = 0;
+    EXPECT_EQ(kh_tree_get_sibling_index(top, &total, &position), 0);
+}
+
 } // namespace

@@ -221,4 +221,54 @@ TEST(FarChild, IsFoundInAnotherDocumentThanTheDescriptors)
     EXPECT_EQ(kh_tree_go_to_child(&one.fd, other.root(), "a", 15), expected[16]);
 }
 
+std::string repeated(int count, const std::string& piece)
+{
+    std::string text;
+    while (count-- > 0)
+        text += piece;
+    return text;
+}
+
+TEST(FarChild, IsFoundAmongThoseThatCameAfterTheOnesRemoved)
+{
+    Document document("<R><p>" + repeated(20, "<a/>") + "</p></R>");
+    document.go_to("/R/p/a[15]");
+    for (const bool set : {true, false}) {
+        if (set)
+            kh_tree_set_string_node_value(&document.fd, "/R", "text", "%s", &document.status);
+        else
+            kh_tree_remove_node(&document.fd, "/R/p", &document.status);
+        ASSERT_EQ(document.status, KH_OK);
+        kh_tree_add_child(&document.fd, "/R", "p", &document.status);
+        EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/p/a[15]", &document.status), KH_ERR_NOT_FOUND);
+        for (int i = 0; i < 20; ++i)
+            kh_tree_add_child(&document.fd, "/R/p", "a", &document.status);
+        document.go_to("/R/p/a[15]");
+        EXPECT_EQ(document.current(), children(document.root()->last, "a")[14]);
+    }
+}
+
+TEST(FarChild, IsFoundBelowADeepNodeAfterAnEdit)
+{
+    Document document("<R>" + repeated(2000, "<n>") + repeated(20, "<a/>") + "<b><c/></b>" +
+                      repeated(2000, "</n>") + "</R>");
+    xmlNode* deepest = support::node_of(document, "//a[1]")->parent;
+    const std::vector<xmlNode*> expected = children(deepest, "a");
+    EXPECT_EQ(kh_tree_go_to_child(&document.fd, deepest, "a", 15), expected[15]);
+    document.slot()->current = support::node_of(document, "//b");
+    ASSERT_EQ(kh_tree_remove_node(&document.fd, "c", &document.status), KH_OK);
+    EXPECT_EQ(kh_tree_go_to_child(&document.fd, deepest, "a", 15), expected[15]);
+}
+
+TEST(FarChild, IsFoundAmongThoseAddedBehindAText)
+{
+    Document document("<R>text</R>");
+    EXPECT_EQ(kh_tree_go_to_child(&document.fd, document.root(), "a", 15), nullptr);
+    for (int i = 0; i < 20; ++i)
+        kh_tree_add_next_sibling(&document.fd, "/R/a[0]", "a", &document.status);
+    ASSERT_EQ(document.status, KH_OK);
+    EXPECT_EQ(kh_tree_go_to_child(&document.fd, document.root(), "a", 15),
+              children(document.root(), "a")[15]);
+}
+
 } // namespace

@@ -13,6 +13,7 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
+#include <zlib.h>
 
 namespace {
 
@@ -415,6 +416,34 @@ TEST_F(Table, ReadsAGzipFileUnderAnyName)
     for (const char* name : {"packed.xml.gz", "packed.xml", "packed%20.gz"})
         EXPECT_EQ(root_text(folder.file(name, content)), "packed") << name;
     EXPECT_EQ(status_of_opening(folder.file("cut.gz", content.substr(0, 20))), KH_ERR_PARSE);
+    EXPECT_EQ(root_text(folder.file("padded.gz", std::string(content) + "no compressed file")), "packed");
+}
+
+TEST_F(Table, ReadsCompressedFilesOneBehindTheOther)
+{
+    const std::string name = folder.path("two.gz");
+    const std::string pieces[] = {"<R>one", " and the other</R>"};
+    for (const std::string& piece : pieces) {
+        const gzFile file = gzopen(name.c_str(), "ab");
+        ASSERT_EQ(gzwrite(file, piece.data(), static_cast<unsigned>(piece.size())),
+                  static_cast<int>(piece.size()));
+        ASSERT_EQ(gzclose(file), Z_OK);
+    }
+    EXPECT_EQ(root_text(name), "one and the other");
+}
+
+TEST_F(Table, RefusesACompressedFileThatInflatesWithoutEnd)
+{
+    const std::string name = folder.path("bomb.gz");
+    const gzFile file = gzopen(name.c_str(), "wb9");
+    const std::string spaces(1U << 20, ' ');
+    gzputs(file, "<R>");
+    for (int i = 0; i < 20; ++i)
+        ASSERT_EQ(gzwrite(file, spaces.data(), static_cast<unsigned>(spaces.size())),
+                  static_cast<int>(spaces.size()));
+    gzputs(file, "</R>");
+    ASSERT_EQ(gzclose(file), Z_OK);
+    EXPECT_EQ(status_of_opening(name), KH_ERR_PARSE);
 }
 
 TEST_F(Table, ReadsFilesBeyondTheParsersUsualLimits)
@@ -544,6 +573,11 @@ TEST_F(Table, OpensOtherFilesWhileOneIsStillParsed)
 TEST_F(Table, DoesNotReleaseASlotThatIsStillParsed)
 {
     SlowFile slow(folder.path("pipe.xml"));
+    long fd = 0;
+    EXPECT_EQ(outcome_of([&](long* ierr) { kh_tree_rewind(&fd, ierr); }),
+              failure(KH_ERR_NO_DOCUMENT, "kh_tree_rewind"))
+        << "nobody can use it yet";
+    EXPECT_EQ(KH_get_file_name(0), nullptr);
     release(0);
     create();
     kh_tree_cleanup_all_parser();
