@@ -194,7 +194,7 @@ std::string XmlFile::currentElementName() const
 
 std::string XmlFile::currentPathName() const
 {
-    std::string path;
+    const char* path = nullptr;
     call("XmlFile::currentPathName", kh::get_path, &descriptor_, &path);
     return path;
 }

@@ -68,6 +68,17 @@ std::size_t array_mark(std::string_view path) noexcept
     return bracket + 1;
 }
 
+/// Runs a call that writes a path into a string, for a caller who provides the room instead.
+template <class Call>
+long written_into(char* room, Call call) noexcept
+{
+    std::string path;
+    const long status = call(room ? &path : nullptr);
+    if (room && status == KH_OK)
+        std::strcpy(room, path.c_str());
+    return status;
+}
+
 } // namespace
 
 long find_string_value_element(long* fd, const char* element_name, const char* value, std::string* path,
@@ -90,8 +101,12 @@ long find_string_value_element(long* fd, const char* element_name, const char* v
         if (std::strcmp(text, value) == 0)
             break;
     }
-    get_path(fd, path, op.error_vector());
-    return op.failed() ? op.pass_on() : op.status();
+    const char* found = nullptr;
+    get_path(fd, &found, op.error_vector());
+    if (op.failed())
+        return op.pass_on();
+    op.guarded([&] { *path = found; });
+    return op.status();
 }
 
 long find_string_value_path(long* fd, const char* array_path, const char* value, std::string* path,

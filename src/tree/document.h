@@ -59,6 +59,9 @@ struct Document : kh_document_slot {
     ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
     unsigned long numbered_for = 0;
 
+    /// The path of the cursor that was asked for last.
+    std::string cursor_path;
+
     /// The requested tag; `requested_tag` points into it.
     ReusedBlock tag;
     /// True when it is the last name of the path on the stack.

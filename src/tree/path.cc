@@ -8,7 +8,9 @@
 #include "tree/cursor.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <kalv/cursor.h>
 #include <kalv/path.h>
 #include <string_view>
@@ -387,35 +389,45 @@ xmlNode* walk_from_start(long* fd, Document& document, long end, Operation& op) 
                              : walk(fd, document, document.current, 0, end, op);
 }
 
-/// The segment of an element in a path: its name, and its index where it has siblings of that name. Where
-/// they are many, the index of children saves counting them each time.
-std::string segment_of(Document& document, xmlNode* element)
+/// How many siblings of its name an element has, itself included, and its 1-based place among them. Where they
+/// are many, the index of children saves counting them each time. May throw std::bad_alloc.
+void count_siblings(Document& document, xmlNode* element, long& total, long& position)
 {
-    const char* name = from_xml(element->name);
-    long total = 0;
-    long position = 0;
     if (accelerated && !has_near_ends(element)) {
-        ChildIndex::List& list = document.child_index.list(element->parent, name);
+        ChildIndex::List& list = document.child_index.list(element->parent, from_xml(element->name));
         position = static_cast<long>(list.position_of(element)) + 1;
         total = static_cast<long>(list.all().size());
+        if (position <= total)
+            return;
     }
-    if (position > total || total == 0) // few siblings
-        kh_tree_get_sibling_index(element, &total, &position);
-    return "/" + std::string(name) + (total > 1 ? "[" + std::to_string(position) + "]" : std::string());
+    kh_tree_get_sibling_index(element, &total, &position);
 }
 
-/// The absolute path of an element below the root. May throw std::bad_alloc.
-std::string path_of(Document& document, xmlNode* element)
+/// Writes the absolute path of an element below the root. May throw std::bad_alloc.
+void write_path(Document& document, xmlNode* element, std::string& path)
 {
-    // Written from the end, so that a step up appends to it.
-    std::string reversed;
+    // From the end, so that a step up appends to it.
+    path.clear();
+    const auto append = [&path](std::string_view text) { path.append(text.rbegin(), text.rend()); };
     for (xmlNode* node = element; node && node != document.root; node = node->parent) {
         if (!is_element(node))
             continue;
-        const std::string segment = segment_of(document, node);
-        reversed.append(segment.rbegin(), segment.rend());
+        long total = 0;
+        long position = 0;
+        count_siblings(document, node, total, position);
+        if (total > 1) {
+            char digits[24];
+            const char* end = std::to_chars(std::begin(digits), std::end(digits), position).ptr;
+            append("]");
+            append({digits, static_cast<std::size_t>(end - digits)});
+            append("[");
+        }
+        append(from_xml(node->name));
+        append("/");
     }
-    return "/" + std::string(from_xml(document.root->name)).append(reversed.rbegin(), reversed.rend());
+    append(from_xml(document.root->name));
+    append("/");
+    std::reverse(path.begin(), path.end());
 }
 
 } // namespace
@@ -430,7 +442,7 @@ bool has_array_node(const Document& document) noexcept
     return document.array_position != -1;
 }
 
-long get_path(const long* fd, std::string* path, long* ierr) noexcept
+long get_path(const long* fd, const char** path, long* ierr) noexcept
 {
     Operation op("kh_tree_get_path", ierr);
     Document* document = document_with_root(op, fd);
@@ -442,7 +454,10 @@ long get_path(const long* fd, std::string* path, long* ierr) noexcept
         return op.fail(KH_ERR_NO_CURRENT);
     if (!is_element(document->current))
         return op.fail(KH_ERR_NOT_ELEMENT);
-    op.guarded([&] { *path = path_of(*document, document->current); });
+    op.guarded([&] {
+        write_path(*document, document->current, document->cursor_path);
+        *path = document->cursor_path.c_str();
+    });
     return op.status();
 }
 
@@ -533,5 +548,9 @@ xmlNode* kh_tree_go_to_stack_from_array_node(long* fd, long* ierr)
 
 long kh_tree_get_path(long* fd, char* out, long* ierr)
 {
-    return kh::written_into(out, [&](std::string* path) { return kh::get_path(fd, path, ierr); });
+    const char* path = nullptr;
+    const long status = kh::get_path(fd, out ? &path : nullptr, ierr);
+    if (status == KH_OK && path)
+        std::strcpy(out, path);
+    return status;
 }

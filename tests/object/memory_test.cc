@@ -94,6 +94,8 @@ protected:
         Texts none;
         const std::string path = "/A_root_element/List/" + std::string(100, 'n') + "[*]";
         EXPECT_THROW(file.getPathArrayAsString(path, none), KALV::KalvError);
+        file.toPath("/A_root_element/List/i[2]");
+        file.currentPathName();
         file.root();
     }
 };
