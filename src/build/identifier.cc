@@ -54,6 +54,14 @@ private:
     const xmlChar* found_ = nullptr;
 };
 
+/// True where libxml2 may have read the ID as another text than it looks for: it keeps one as it was written, with
+/// its ampersands and references, and looks for what that stands for.
+bool is_written_otherwise(const xmlAttr* attribute) noexcept
+{
+    const xmlNode* text = attribute->children;
+    return text && (text->next || text->type != XML_TEXT_NODE || xmlStrchr(text->content, '&'));
+}
+
 } // namespace
 
 void forget_identifier(xmlAttr* attribute, const xmlChar* kept) noexcept
@@ -62,7 +70,8 @@ void forget_identifier(xmlAttr* attribute, const xmlChar* kept) noexcept
         return;
     const ParserCall call;
     // Where memory runs out libxml2 cannot put the old text together, and all IDs are looked through.
-    if (xmlRemoveID(attribute->doc, attribute) != 0 && call.out_of_memory()) {
+    if (xmlRemoveID(attribute->doc, attribute) != 0 &&
+        (call.out_of_memory() || is_written_otherwise(attribute))) {
         if (const xmlChar* value = IdentifierSearch(attribute, kept).found())
             xmlHashRemoveEntry(identifiers_of(attribute->doc), value, free_identifier);
     }

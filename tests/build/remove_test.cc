@@ -1,5 +1,6 @@
 #include "build/edit.h"
 
+#include <libxml/hash.h>
 #include <vector>
 
 namespace {
@@ -185,6 +186,30 @@ TEST(RemoveNode, RemovesAVeryDeepTree)
     EXPECT_EQ(status(document, kh_tree_remove_node, "."), KH_OK);
     EXPECT_EQ(status(document, kh_tree_remove_node, "/r/a"), KH_OK);
     EXPECT_EQ(in_memory(document), "<r/>");
+}
+
+/// By how many IDs a document finds attributes.
+int count_identifiers(const Document& document)
+{
+    return xmlHashSize(static_cast<xmlHashTable*>(document.slot()->doc->ids));
+}
+
+TEST(RemoveNode, LeavesNoIdBehindHoweverItIsWritten)
+{
+    for (const char* id : {"x", "a &#38; b", "&amp;", "&e;", "x&e;y", "&#65;", "&lt;"}) {
+        const std::string xml =
+            std::string("<!DOCTYPE r [<!ENTITY e 't'><!ATTLIST i id ID #IMPLIED>]><r><i id='") + id +
+            "'/></r>";
+        for (const char* path : {"/r/i", "/r/i/@id"}) {
+            Document document(xml);
+            ASSERT_EQ(count_identifiers(document), 1) << id;
+            EXPECT_EQ(status(document, kh_tree_remove_node, path), KH_OK) << id;
+            EXPECT_EQ(count_identifiers(document), 0) << id << " " << path;
+        }
+        Document document(xml);
+        EXPECT_EQ(status(document, kh_tree_set_text, "/r/i/@id", "other"), KH_OK) << id;
+        EXPECT_EQ(count_identifiers(document), 1) << id;
+    }
 }
 
 } // namespace
