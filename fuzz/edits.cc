@@ -137,6 +137,14 @@ void delete_node(Document& document, Bytes& bytes)
     document.edit(kh_tree_delete_node, node);
 }
 
+/// Indents. Where memory ends, what has been indented stays so.
+void format(Document& document)
+{
+    document.changes();
+    status_of(kh_tree_traverse_and_format, document.fd(), document.slot().root);
+    document.described();
+}
+
 void add_root(Document& document, const std::string& what)
 {
     const bool had_root = document.has_root();
@@ -188,7 +196,7 @@ void check_edit(Document& document, Bytes& bytes)
         break;
     case 11:
         if (document.has_root() && bytes.ConsumeBool())
-            document.edit(kh_tree_traverse_and_format, document.slot().root);
+            format(document);
         break;
     default:
         document.go_along(where);
@@ -198,6 +206,7 @@ void check_edit(Document& document, Bytes& bytes)
 void check_schema(Document& document, const std::string& schema, long mode)
 {
     const std::string before = document.described();
+    document.changes();
     xmlNode* element = document.slot().current;
     {
         const torture::memory::Inside inside;

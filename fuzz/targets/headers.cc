@@ -50,6 +50,7 @@ void check_all_items(fuzz::Document& document, fuzz::Bytes& bytes)
     const std::string text = fuzz::value(bytes);
     const long version = bytes.ConsumeIntegral<int>();
     const char* all = text.c_str();
+    document.changes();
     const long set = fuzz::status_of(kh_tree_set_fixed_header_items, document.fd(), all, all, all, all, all,
                                      all, all, all, &version, all, all, all, all);
     document.described();

@@ -116,7 +116,7 @@ public:
     {
         const kh_document_slot& slot = *global_current_status[object_.getId()];
         const std::string tree = torture::described(slot.doc);
-        fuzz::check(tree.find("BROKEN") == std::string::npos, "the tree is sound");
+        fuzz::check(tree.find(torture::broken_mark) == std::string::npos, "the tree is sound");
         fuzz::check_result(tree == plain_.described(), "methods have their functions' effect");
         fuzz::check_result(torture::described_position(slot) == torture::described_position(plain_.slot()),
                            "methods move as their functions move");

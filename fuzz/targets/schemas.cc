@@ -32,7 +32,8 @@ void check_in_file(fuzz::Bytes& bytes)
     if (status != KH_OK) {
         // A file whose indentation could not be completed is saved all the same.
         const bool is_whole = fuzz::memory_fails() && fuzz::plain_tree(written);
-        fuzz::check(written == text || is_whole, "a file whose schema cannot be set stays as it was, or is whole");
+        fuzz::check(written == text || is_whole,
+                    "a file whose schema cannot be set stays as it was, or is whole");
         return;
     }
     fuzz::check(fuzz::plain_tree(written) != nullptr, "a file with a schema is well-formed");

@@ -125,6 +125,7 @@ void check_format(fuzz::Document& document, const char* path, fuzz::Bytes& bytes
     document.edit(kh_tree_set_integer_node_value, path, &integer, format.c_str());
     document.edit(kh_tree_set_string_node_value, path, "text", format.c_str());
     long status = KH_OK;
+    document.changes();
     {
         const torture::memory::Inside inside;
         kh_tree_set_node_value(document.fd(), path, "%ld", &status, integer);

@@ -10,18 +10,13 @@ namespace torture {
 
 namespace {
 
-std::string text_of(const void* text)
-{
-    return text ? "'" + std::string(static_cast<const char*>(text)) + "'" : "-";
-}
-
+/// Appends piece by piece, without a text for each: documents are described before and after each call.
 class Description {
 public:
     explicit Description(const xmlDoc* document) : document_(document)
     {
-        text_ += "document " + text_of(document->version) + text_of(document->encoding) +
-                 text_of(document->URL) + std::to_string(document->standalone) +
-                 std::to_string(document->compression);
+        add("document ", document->version, document->encoding, document->URL, document->standalone,
+            document->compression);
         children(reinterpret_cast<const xmlNode*>(document), document->children, document->last);
         for (const xmlNs* space = document->oldNs; space; space = space->next)
             if (!space->href || !space->prefix)
@@ -32,7 +27,27 @@ public:
     std::string&& take() { return std::move(text_); }
 
 private:
-    void broken(const char* what) { text_ += std::string(" BROKEN:") + what; }
+    void add_one(const char* text) { text_ += text; }
+    void add_one(const xmlChar* text)
+    {
+        if (text)
+            text_.append("'").append(reinterpret_cast<const char*>(text)).append("'");
+        else
+            text_ += "-";
+    }
+    void add_one(int number) { text_ += std::to_string(number); }
+
+    template <class... Pieces>
+    void add(Pieces... pieces)
+    {
+        (add_one(pieces), ...);
+    }
+
+    void broken(const char* what)
+    {
+        text_ += broken_mark;
+        add(" BROKEN:", what);
+    }
 
     void children(const xmlNode* parent, const xmlNode* first, const xmlNode* last)
     {
@@ -52,13 +67,13 @@ private:
 
     void one(const xmlNode* node)
     {
-        text_ += "\n" + std::to_string(node->type) + text_of(node->name);
+        add("\n", int{node->type}, node->name);
         switch (node->type) {
         case XML_ELEMENT_NODE:
             names(node);
-            text_ += " {";
+            add(" {");
             children(node, node->children, node->last);
-            text_ += " }";
+            add(" }");
             break;
         case XML_DTD_NODE:
             subset(reinterpret_cast<const xmlDtd*>(node));
@@ -76,27 +91,27 @@ private:
         case XML_ELEMENT_DECL:
             break;
         default:
-            text_ += text_of(node->content);
+            add(node->content);
         }
     }
 
     void name_space(const xmlNs* space)
     {
         if (space)
-            text_ += " in " + text_of(space->prefix) + text_of(space->href);
+            add(" in ", space->prefix, space->href);
     }
 
     void names(const xmlNode* element)
     {
         name_space(element->ns);
         for (const xmlNs* space = element->nsDef; space; space = space->next)
-            text_ += " declares" + text_of(space->prefix) + text_of(space->href);
+            add(" declares", space->prefix, space->href);
         const xmlAttr* previous = nullptr;
         for (const xmlAttr* attribute = element->properties; attribute;
              previous = attribute, attribute = attribute->next) {
             if (attribute->parent != element || attribute->prev != previous || attribute->doc != document_)
                 broken("attribute");
-            text_ += " @" + text_of(attribute->name) + std::to_string(attribute->atype);
+            add(" @", attribute->name, int{attribute->atype});
             name_space(attribute->ns);
             children(reinterpret_cast<const xmlNode*>(attribute), attribute->children, attribute->last);
             if (attribute->atype == XML_ATTRIBUTE_ID)
@@ -108,7 +123,7 @@ private:
     {
         xmlChar* value = xmlNodeListGetString(attribute->doc, attribute->children, 1);
         if (xmlGetID(attribute->doc, value ? value : BAD_CAST "") != attribute)
-            text_ += " not found by its ID";
+            add(" not found by its ID");
         xmlFree(value);
         identified_.insert(attribute);
     }
@@ -117,13 +132,13 @@ private:
     void identifiers()
     {
         std::map<std::string, const xmlAttr*> found;
-        const auto add = [](void* payload, void* to, const xmlChar* value) {
+        const auto keep = [](void* payload, void* to, const xmlChar* value) {
             const auto* identifier = static_cast<const xmlID*>(payload);
             (*static_cast<decltype(found)*>(to))[reinterpret_cast<const char*>(value)] = identifier->attr;
         };
-        xmlHashScan(static_cast<xmlHashTable*>(document_->ids), add, &found);
+        xmlHashScan(static_cast<xmlHashTable*>(document_->ids), keep, &found);
         for (const auto& [value, attribute] : found) {
-            text_ += " ID'" + value + "'";
+            add(" ID", BAD_CAST value.c_str());
             if (identified_.count(attribute) == 0)
                 broken("identifier");
         }
@@ -131,15 +146,14 @@ private:
 
     void subset(const xmlDtd* subset)
     {
-        text_ += text_of(subset->ExternalID) + text_of(subset->SystemID) + " [";
+        add(subset->ExternalID, subset->SystemID, " [");
         children(reinterpret_cast<const xmlNode*>(subset), subset->children, subset->last);
-        text_ += " ]";
+        add(" ]");
     }
 
     void entity(const xmlEntity* entity)
     {
-        text_ += std::to_string(entity->etype) + text_of(entity->orig) + text_of(entity->content) +
-                 text_of(entity->SystemID);
+        add(int{entity->etype}, entity->orig, entity->content, entity->SystemID);
         const bool is_parameter =
             entity->etype == XML_INTERNAL_PARAMETER_ENTITY || entity->etype == XML_EXTERNAL_PARAMETER_ENTITY;
         if (!is_parameter && xmlGetDocEntity(document_, entity->name) != entity)
@@ -149,10 +163,9 @@ private:
 
     void declaration(const xmlAttribute* attribute)
     {
-        text_ += text_of(attribute->elem) + std::to_string(attribute->atype) +
-                 std::to_string(attribute->def) + text_of(attribute->defaultValue);
+        add(attribute->elem, int{attribute->atype}, int{attribute->def}, attribute->defaultValue);
         for (const xmlEnumeration* value = attribute->tree; value; value = value->next)
-            text_ += text_of(value->name);
+            add(value->name);
         if (!attribute->prefix &&
             xmlGetDtdAttrDesc(attribute->parent, attribute->elem, attribute->name) != attribute)
             broken("attribute table");
@@ -162,6 +175,11 @@ private:
     std::set<const xmlAttr*> identified_;
     std::string text_;
 };
+
+std::string text_of(const void* text)
+{
+    return text ? "'" + std::string(static_cast<const char*>(text)) + "'" : "-";
+}
 
 /// The way from the top to a node, as the places among siblings.
 std::string place_of(const xmlNode* node)

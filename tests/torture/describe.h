@@ -7,6 +7,9 @@
 
 namespace torture {
 
+/// Stands in a description where the tree is not sound, and in no text of a document.
+constexpr char broken_mark = '\x1f';
+
 /// The tree: all nodes with names, namespaces, contents and links.
 std::string described(const struct _xmlDoc* document);
 
