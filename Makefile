@@ -17,7 +17,9 @@ PRESET ?= default
 demo: build
 	cd build/$(PRESET)/examples && \
 	./demo demo_products && ./demo_c demo_c_products && \
-	./registry /usr/share/X11/xkb/rules/base.xml registry_result.xml
+	./registry /usr/share/X11/xkb/rules/base.xml registry_result.xml && \
+	PATH=$(CURDIR)/build/$(PRESET)/tools/kh:$$PATH sh $(CURDIR)/examples/operator.sh \
+	    $(CURDIR)/examples/products/QK1*.EOF $(CURDIR)/examples/products/sea_heights.xsd operator
 
 test: build
 	ctest --preset $(PRESET)
@@ -52,10 +54,11 @@ python-bench: build
 BENCH := build/bench
 bench:
 	tools/install_packages libbenchmark-dev libpugixml-dev libtinyxml2-dev
-	cmake -S . -B $(BENCH) -G Ninja -D KALV_BENCH=ON -D CMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake -S . -B $(BENCH) -G Ninja -D KALV_BENCH=ON -D KALV_TOOLS=ON -D CMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BENCH)
 	$(BENCH)/bench/allocations
 	$(BENCH)/bench/compare $(ARGS)
+	$(BENCH)/bench/command $(BENCH)/tools/kh/kh
 
 fuzz:
 	fuzz/run $(ARGS)

@@ -130,8 +130,9 @@ KH_EXPORT void KH_handle_xml_error(void* ctx, const char* msg, ...) KH_PRINTF(2,
 
 /** The last report of the calling thread, in silent mode too: the text of the failure or warning, and behind
  *  it the trace lines of the functions that passed it on, as verbose mode prints them, without the newlines
- *  between them. A file that could not be parsed adds a line "\n\tFILE:LINE:COLUMN: MESSAGE". A call that
- *  succeeds leaves the report of an earlier one.
+ *  between them. A file that could not be parsed adds a line "\n\tFILE:LINE:COLUMN: MESSAGE", one that could
+ *  not be saved "\n\tFILE: REASON" where the system gave a reason. A call that succeeds leaves the report of an
+ *  earlier one.
  *  \param[out] text the report, cut to the buffer, with its terminating zero; null: only its length is asked
  *  \param[in]  size bytes of the buffer; below 1: nothing is written. 8193 bytes hold every report
  *  \return the length of the whole report without its terminating zero; 0 when there is none, also where no

@@ -72,13 +72,22 @@ public:
     virtual bool finish() noexcept = 0;
 
     long bytes() const noexcept { return bytes_; }
+    /// The errno of the write that failed; 0 for none, or an unknown one.
+    int error() const noexcept { return error_; }
 
     static int write(void* self, const char* data, int size) noexcept
     {
         auto* output = static_cast<Output*>(self);
-        output->failed_ = output->failed_ || !output->put(data, static_cast<std::size_t>(size));
         if (output->failed_)
             return -1;
+        const int before = errno; // may tell of memory that libxml2 did not get
+        errno = 0;
+        output->failed_ = !output->put(data, static_cast<std::size_t>(size));
+        if (output->failed_) {
+            output->error_ = errno;
+            return -1;
+        }
+        errno = before;
         output->bytes_ += size;
         return size;
     }
@@ -90,6 +99,7 @@ private:
     virtual bool put(const char* data, std::size_t size) noexcept = 0;
 
     long bytes_ = 0;
+    int error_ = 0;
     bool failed_ = false;
 };
 
@@ -206,14 +216,16 @@ private:
     std::size_t capacity_ = 0;
 };
 
-/// The bytes of a document in its encoding. \return how many; -1 on failure
+/// The bytes of a document in its encoding. \return how many; -1, and errno or 0 in it, on failure
 long serialise(xmlDoc* document, Output& output) noexcept
 {
     const ParserCall call;
     const char* encoding = from_xml(document->encoding);
     XmlEncoder encoder(encoding ? xmlFindCharEncodingHandler(encoding) : nullptr);
-    if (encoding && (!encoder || !encoder->name))
+    if (encoding && (!encoder || !encoder->name)) {
+        errno = EINVAL;
         return -1;
+    }
     xmlOutputBuffer* buffer = xmlOutputBufferCreateIO(Output::write, nullptr, &output, encoder.get());
     if (!buffer)
         return -1;
@@ -221,7 +233,13 @@ long serialise(xmlDoc* document, Output& output) noexcept
     const int result = xmlSaveFormatFileTo(buffer, document, encoding, 0);
     // libxml2 counts in an int, which overflows on files of more than 2 GiB.
     const bool complete = result >= 0 || output.bytes() > INT_MAX;
-    return output.finish() && complete && !call.out_of_memory() ? output.bytes() : -1;
+    const bool out_of_memory = call.out_of_memory();
+    errno = out_of_memory ? ENOMEM : 0;
+    if (output.finish() && complete && !out_of_memory)
+        return output.bytes();
+    if (output.error() != 0)
+        errno = output.error(); // closing what is broken tells less
+    return -1;
 }
 
 long serialise_to(xmlDoc* document, int fd) noexcept
@@ -347,6 +365,7 @@ public:
     Replacement& operator=(const Replacement&) = delete;
 
     bool is_open() const noexcept { return fd_ >= 0; }
+    int error() const noexcept { return error_; }
     int fd() const noexcept { return fd_; }
     bool folder_is_closed() const noexcept { return error_ == EACCES || error_ == EPERM || error_ == EROFS; }
 
@@ -416,8 +435,10 @@ Block<char> save_to_memory(xmlDoc* document, long& size) noexcept
 
 long save(xmlDoc* document, const char* file_name)
 {
-    if (!encoding_holds_names(document))
+    if (!encoding_holds_names(document)) {
+        errno = EILSEQ;
         return -1;
+    }
     const BlockedSignals signals;
     if (std::strcmp(file_name, "-") == 0)
         return save_to_standard_output(document);
@@ -431,8 +452,10 @@ long save(xmlDoc* document, const char* file_name)
     if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
         return -1;
     Replacement replacement(target);
-    if (!replacement.is_open())
+    if (!replacement.is_open()) {
+        errno = replacement.error();
         return replacement.folder_is_closed() ? save_in_place(document, target) : -1;
+    }
     const long bytes = serialise_to(document, replacement.fd());
     return bytes >= 0 && replacement.take_place(exists ? &old : nullptr) ? bytes : -1;
 }

@@ -6,6 +6,9 @@
 
 #include <kalv/build.h>
 
+#include <cerrno>
+#include <cstring>
+
 namespace kh {
 
 namespace {
@@ -75,16 +78,18 @@ void format_siblings(const Document& document, xmlNode* node, Operation& op) noe
 
 enum class Indentation { completed, kept };
 
-/// Saves, with its indentation completed or as it is. \return how many bytes were written, or a code
+/// Saves, with its indentation completed or as it is.
+/// \param target the file's name; empty for memory, null where the caller gave none
+/// \return how many bytes were written, or a code
 template <class Save>
-long write(const char* function, long* fd, Indentation indentation, long* ierr, bool has_target,
+long write(const char* function, long* fd, Indentation indentation, long* ierr, const char* target,
            Save save_document) noexcept
 {
     Operation op(function, ierr);
     Document* document = document_with_root(op, fd);
     if (!document)
         return op.status();
-    if (!has_target)
+    if (!target)
         return op.null_argument();
     if (indentation == Indentation::kept)
         prepare_all(document->root, op);
@@ -95,12 +100,19 @@ long write(const char* function, long* fd, Indentation indentation, long* ierr, 
     if (op.failed())
         op.pass_on(); // and the document is saved all the same
     long bytes = -1;
+    errno = 0;
     try {
         bytes = save_document(document->doc);
     } catch (const std::bad_alloc&) {
-        bytes = -1;
+        errno = ENOMEM;
     }
-    return bytes < 0 ? op.fail(KH_ERR_SAVE) : bytes;
+    if (bytes >= 0)
+        return bytes;
+    const int error = errno;
+    op.fail(KH_ERR_SAVE);
+    if (*target && error != 0)
+        op.explain(target, strerrordesc_np(error));
+    return op.status();
 }
 
 } // namespace
@@ -121,20 +133,20 @@ long kh_tree_traverse_and_format(long* fd, xmlNode* node, long* ierr)
 
 long kh_tree_write(long* fd, const char* file_name, long* ierr)
 {
-    return kh::write("kh_tree_write", fd, kh::Indentation::completed, ierr, file_name != nullptr,
+    return kh::write("kh_tree_write", fd, kh::Indentation::completed, ierr, file_name,
                      [&](xmlDoc* document) { return kh::save(document, file_name); });
 }
 
 long kh_tree_save(long* fd, const char* file_name, long* ierr)
 {
-    return kh::write("kh_tree_save", fd, kh::Indentation::kept, ierr, file_name != nullptr,
+    return kh::write("kh_tree_save", fd, kh::Indentation::kept, ierr, file_name,
                      [&](xmlDoc* document) { return kh::save(document, file_name); });
 }
 
 long kh_tree_write_memory(long* fd, char** data, long* size, long* ierr)
 {
-    return kh::write("kh_tree_write_memory", fd, kh::Indentation::completed, ierr, data && size,
-                     [&](xmlDoc* document) {
+    return kh::write("kh_tree_write_memory", fd, kh::Indentation::completed, ierr,
+                     data && size ? "" : nullptr, [&](xmlDoc* document) {
                          kh::Block<char> bytes = kh::save_to_memory(document, *size);
                          *data = bytes.release();
                          return *size;

@@ -36,6 +36,13 @@ void Operation::explain(const char* text) noexcept
     add_to_last_report(text);
 }
 
+void Operation::explain(const char* subject, const char* text) noexcept
+{
+    explain(subject);
+    add_to_last_report(": ");
+    add_to_last_report(text);
+}
+
 long Operation::pass_on(long code, const char* detail, ...) noexcept
 {
     va_list arguments;

@@ -45,6 +45,7 @@ public:
     [[gnu::format(printf, 3, 4)]] long fail(long code, const char* detail, ...) noexcept;
     /// Adds a line to the thread's last report alone: what verbose mode prints is compared by callers.
     void explain(const char* text) noexcept;
+    void explain(const char* subject, const char* text) noexcept;
     long null_argument() noexcept { return fail(KH_ERR_ARGUMENT, ". Input argument is NULL"); }
 
     /// Passes on what a callee left in the status word: adds the trace line of this function. \return the

@@ -1,7 +1,6 @@
 """kh diff, dump, load and schema: comparing files, taking them apart and putting them together, checking them."""
 
 import json
-import os
 
 import pytest
 from conftest import DATA, HEADER
@@ -156,7 +155,7 @@ def test_deep_files_are_dumped_and_loaded(kh):
 
 
 @pytest.mark.parametrize("text, fault", [
-    ("", "not JSON"), ("{", "not JSON"), ("[]", "no document"), ("{}", "no document"), ("1", "a number"),
+    ("", "1:1: not JSON"), ("{", "1:2: not JSON"), ('[\n{"a": x', "2:7: not JSON"), ("[]", "no document"), ("{}", "no document"), ("1", "a number"),
     ('{"document": {}}', "does not describe"), ('{"document": {"nodes": []}}', "does not describe"),
     ('{"document": {"nodes": [["r"]]}}', "an element without"), ('{"document": {"nodes": [[]]}}', "an element without"),
     ('{"document": {"nodes": [["r", {}, 5]]}}', "a number"), ('{"document": {"nodes": [["r", {}, {}]]}}', "an object that is no node"),
@@ -169,7 +168,7 @@ def test_deep_files_are_dumped_and_loaded(kh):
 def test_what_is_no_dump_is_told_and_changes_nothing(kh, text, fault):
     kh.write("dump.json", text)
     before = kh.read("product.xml")
-    assert kh("load", "dump.json", "product.xml", code=3).err.startswith(f"dump.json: {fault}")
+    assert kh("load", "dump.json", "product.xml", code=3).err.startswith(f"dump.json:{fault if fault[0].isdigit() else ' ' + fault}")
     assert kh.read("product.xml") == before
 
 
@@ -177,20 +176,11 @@ def test_load_tells_what_it_cannot_read_or_write(kh):
     kh("load", "none.json", "x.xml", code=3)
     kh.write("dump.json", kh("dump", "product.xml").out)
     kh("load", "dump.json", "no/where.xml", code=4)
+    assert kh("load", "dump.json", "/dev/full", code=4).err.startswith("/dev/full: No space left on device")
+    assert kh("load", ".", "x.xml", code=3).err == ".: Is a directory\n"
     kh("load", "dump.json", code=2)
     kh("load", "-b", ".old", "dump.json", "other.xml")
     assert "2001" in kh.read("other.xml.old") and "1001" in kh.read("other.xml")
-
-
-def test_real_files_survive_dump_and_load(kh):
-    layouts = "/usr/share/X11/xkb/rules/base.xml"
-    if not os.path.exists(layouts):
-        pytest.skip("xkb-data is not installed")
-    kh.write("dump.json", kh("dump", layouts).out)
-    kh("load", "dump.json", "back.xml")
-    kh("diff", layouts, "back.xml")
-    kh.write("again.json", kh("dump", "back.xml").out.replace("back.xml", layouts))
-    assert json.loads(kh.read("again.json")) == json.loads(kh.read("dump.json"))
 
 
 def test_a_valid_file_has_no_fault(kh):

@@ -1,9 +1,13 @@
 """What all commands share that work on many files: the list, the filter, failures, threads, exit codes."""
 
 import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
 
 import pytest
-from conftest import DATA, HEADER
+from conftest import DATA, HEADER, KH, SAMPLES, Kh
 
 VERSION = f"{HEADER}/File_Version"
 
@@ -101,10 +105,112 @@ def test_a_file_name_that_is_no_utf8_still_gives_json(kh):
 
 @pytest.mark.skipif(not os.path.exists("/dev/full"), reason="there is no device that is always full")
 def test_output_that_does_not_arrive_is_a_failure_to_write(kh):
-    import subprocess
-
-    from conftest import KH
     with open("/dev/full", "w") as full:
         process = subprocess.run([KH, "get", "product.xml", VERSION], cwd=kh.folder, stdout=full, stderr=subprocess.PIPE)
     assert process.returncode == 4
     assert process.stderr == b"kh: standard output cannot be written\n"
+
+
+def test_help_that_does_not_arrive_is_a_failure_to_write(kh):
+    assert run_in_shell(kh, '"$KH" help > /dev/full').returncode == 4
+
+
+def run_in_shell(kh, script, **who):
+    return subprocess.run(["bash", "-c", script], cwd=kh.folder, capture_output=True, encoding="utf-8", timeout=100,
+                          env={**os.environ, "KH": KH}, **who)
+
+
+def test_closed_streams_are_told_and_harm_no_file(kh):
+    before = kh.read("product.xml")
+    result = run_in_shell(kh, '"$KH" ls - <&-')
+    assert (result.returncode, result.stderr) == (3, "kh: the list on standard input cannot be read\n")
+    assert run_in_shell(kh, '"$KH" ls product.xml >&-').returncode == 4
+    assert run_in_shell(kh, f'"$KH" set -v product.xml {DATA}/@type=csv <&- >&- 2>&-').returncode == 4
+    assert kh.read("product.xml") == before.replace('"xml"', '"csv"')
+
+
+def test_a_reader_that_goes_away_ends_the_work_silently(kh):
+    kh.write("list", 3000 * "product.xml\n")
+    result = run_in_shell(kh, '"$KH" ls - < list | head -n 1; echo ${PIPESTATUS[0]}')
+    assert result.stdout == "product.xml\t/Earth_Observation_File\t\n141\n"
+    assert result.stderr == ""
+
+
+def test_edits_are_completed_even_where_nobody_reads(kh):
+    names = [kh.write(f"{n}.xml", "<r><a/></r>") for n in range(300)]
+    result = run_in_shell(kh, '"$KH" set -v -s /r/a=' + 1000 * "x" + ' {0..299}.xml | true; echo ${PIPESTATUS[0]}')
+    assert result.stdout == "4\n"
+    assert all(kh.read(name).count("x") > 1000 for name in names)
+
+
+@pytest.mark.parametrize("name, told", [
+    ("a b.xml", "a b.xml"), ("a\nb.xml", "a\\nb.xml"), ("\x1b[31m.xml", "\\x1b[31m.xml"), ("-n.xml", "-n.xml"),
+    ("\u2200.xml", "\u2200.xml"), ("a\\b.xml", "a\\\\b.xml")])
+def test_any_file_name_will_do(kh, name, told):
+    kh.write(name, kh.read("product.xml"))
+    assert kh("get", "-p", f"{DATA}/@type", "--", name, "product.xml").lines == [f"{told}\txml", "product.xml\txml"]
+    assert kh("get", "--json", "-p", "/none", "--", name, code=1).json[0]["file"] == name
+    assert kh("get", "-p", "/none", "--", name, code=1).err == told.replace("\\\\", "\\") + ": /none: not found\n"
+
+
+def test_an_empty_name_is_told(kh):
+    assert kh("info", "", code=3).err == "kh: a file has no empty name\n"
+
+
+def test_the_same_file_may_be_given_twice(kh):
+    assert kh("get", "-j", "2", "-p", f"{DATA}/@type", "product.xml", "product.xml").lines == 2 * ["product.xml\txml"]
+    kh("set", "-j", "2", "-s", f"{DATA}/@type=csv", "product.xml", "product.xml")
+    assert kh.value("product.xml", f"{DATA}/@type") == "csv"
+
+
+def test_a_link_stays_a_link(kh):
+    os.symlink("product.xml", kh.path("link.xml"))
+    kh("set", "link.xml", f"{DATA}/@type=csv")
+    assert os.readlink(kh.path("link.xml")) == "product.xml"
+    assert kh.value("product.xml", f"{DATA}/@type") == "csv"
+
+
+NOBODY = 65534
+
+
+@pytest.fixture
+def nobody():
+    """Somebody who may do less than the superuser, in a folder that everybody reaches; runs kh, tells code and lines."""
+    who = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
+    if os.geteuid() != 0:
+        pytest.skip("only the superuser can become somebody else")
+    with tempfile.TemporaryDirectory(dir="/tmp") as folder:
+        os.chmod(folder, 0o755)
+        os.chown(folder, NOBODY, NOBODY)
+        kh = Kh(pathlib.Path(folder))
+        for sample in SAMPLES.iterdir():
+            shutil.copy(sample, folder)
+        if run_in_shell(kh, '"$KH" --version', **who).returncode != 0:
+            pytest.skip("the command lies where only the superuser reaches it")
+
+        def run(*arguments):
+            result = run_in_shell(kh, '"$KH" ' + " ".join(arguments), **who)
+            return result.returncode, result.stderr.splitlines()
+
+        yield kh, run
+
+
+def test_what_permissions_forbid_is_told_with_the_reason(nobody):
+    kh, told = nobody
+    os.makedirs(kh.path("closed"))
+    kh.write("closed/in.xml", kh.read("product.xml"))
+    for path in kh.folder.rglob("*"):
+        os.chown(path, NOBODY, NOBODY)
+    os.chmod(kh.path("closed"), 0o555)
+    os.chmod(kh.path("product.xml"), 0o444)
+    os.chmod(kh.path("other.xml"), 0o000)
+    before = kh.read("product.xml")
+
+    assert told("info other.xml") == (3, ["other.xml: Permission denied"])
+    assert told(f"set product.xml {DATA}/@type=csv") == (4, ["product.xml: Permission denied; the file is as it was"])
+    code, lines = told(f"set closed/in.xml {DATA}/@type=csv")
+    assert code == 4 and lines[0].startswith("closed/in.xml: cannot be replaced as a whole: ")
+    assert lines[0].endswith("/closed: Permission denied")
+    assert told("header create closed/new.xml") == (4, ["closed/new.xml: Permission denied; the file is as it was"])
+    assert told(f"get -k -p {DATA}/@type other.xml product.xml")[0] == 3
+    assert kh.read("product.xml") == kh.read("closed/in.xml") == before

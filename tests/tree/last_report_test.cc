@@ -100,4 +100,24 @@ TEST(LastReport, TellsWhyAFileCannotBeRead)
     }
 }
 
+TEST(LastReport, TellsWhyAFileCannotBeSaved)
+{
+    const TemporaryFolder folder;
+    Document document("<R/>");
+    const struct {
+        std::string name, reason;
+    } rows[] = {
+        {folder.path("missing/file.xml"), "No such file or directory"},
+        {folder.path(""), "Is a directory"},
+        {"/dev/full", "No space left on device"},
+    };
+    for (const auto& [name, reason] : rows) {
+        const std::string verbose =
+            support::report_of([&] { kh_tree_save(&document.fd, name.c_str(), nullptr); });
+        const std::string report = "KH: Unable to save XML document into disk\n\tFunction: kh_tree_save";
+        EXPECT_EQ(last_report(), report + "\n\t" + name + ": " + reason);
+        EXPECT_EQ(verbose.substr(verbose.rfind("KH: ")), report + "\n") << "what is printed stays as it was";
+    }
+}
+
 } // namespace

@@ -16,7 +16,8 @@ namespace {
 
 void print(const std::string& text)
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+        throw Failure(cannot_write, "standard output cannot be written");
 }
 
 int complain(const Failure& failure)

@@ -18,17 +18,6 @@ struct FreeBlock {
 };
 using Text = std::unique_ptr<char, FreeBlock>;
 
-/// Why a file cannot be opened at all; empty where it can.
-std::string reason_not_to_open(const std::string& file)
-{
-    struct stat status;
-    if (stat(file.c_str(), &status) != 0)
-        return std::strerror(errno);
-    if (S_ISDIR(status.st_mode))
-        return std::strerror(EISDIR);
-    return access(file.c_str(), R_OK) != 0 ? std::strerror(errno) : "";
-}
-
 /// A number and the colon behind it, taken off the front of a text; 0 where there is none.
 long take_number(std::string& text)
 {
@@ -43,8 +32,7 @@ long take_number(std::string& text)
 /// What the parser said, from the library's report, whose last line is "FILE:LINE:COLUMN: MESSAGE".
 Failure reading_failure(const std::string& file, const KALV::KalvError& error)
 {
-    std::string report(static_cast<std::size_t>(KH_last_report(nullptr, 0)), '\0');
-    KH_last_report(report.data(), static_cast<long>(report.size()) + 1);
+    const std::string report = last_report();
     const std::string mark = "\n\t" + file + ':';
     const std::size_t line = report.rfind(mark);
     if (line != std::string::npos) {
@@ -65,6 +53,25 @@ std::string status_text(long status)
     char text[KH_MESSAGE_SIZE];
     kh_basic_error_msg(status, text);
     return std::strncmp(text, "KH: ", 4) == 0 ? text + 4 : text;
+}
+
+std::string last_report()
+{
+    std::string report(static_cast<std::size_t>(KH_last_report(nullptr, 0)), '\0');
+    KH_last_report(report.data(), static_cast<long>(report.size()) + 1);
+    return report;
+}
+
+std::string reason_not_to_open(const std::string& file)
+{
+    if (file.empty())
+        return "a file has no empty name";
+    struct stat status;
+    if (stat(file.c_str(), &status) != 0)
+        return std::strerror(errno);
+    if (S_ISDIR(status.st_mode))
+        return std::strerror(EISDIR);
+    return access(file.c_str(), R_OK) != 0 ? std::strerror(errno) : "";
 }
 
 Document::Document(const std::string& file, Missing missing)

@@ -76,6 +76,12 @@ private:
     long fd_ = -1;
 };
 
+/// What the library reported last in this thread.
+std::string last_report();
+
+/// Why a file cannot be opened at all; empty where it can.
+std::string reason_not_to_open(const std::string& file);
+
 /// The text of a status, without the library's mark in front.
 std::string status_text(long status);
 

@@ -3,6 +3,9 @@
 #include <kalv/build.h>
 #include <kalv/status.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <unistd.h>
 
@@ -10,15 +13,27 @@ namespace tool {
 
 namespace {
 
-/// What was built by functions that leave the indentation to be completed is saved with `write`.
-using Save = long (*)(long*, const char*, long*);
-
-void save(Document& document, Save write)
+/// Why the last call of the library could not save a file.
+std::string reason_not_saved(const std::string& file)
 {
-    long status = KH_OK;
-    write(document.fd(), document.file().c_str(), &status);
-    if (status != KH_OK)
-        throw document.failure(cannot_write, "cannot be written; the file is as it was");
+    const std::string report = last_report();
+    const std::string mark = "\n\t" + file + ": ";
+    const std::size_t line = report.rfind(mark);
+    return line == std::string::npos ? "cannot be written" : report.substr(line + mark.size());
+}
+
+/// The library writes a file in place where it cannot put a new one beside it. What fails then leaves half a
+/// file.
+void refuse_to_write_in_place(const std::string& file)
+{
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::canonical(file, error);
+    if (error || !std::filesystem::is_regular_file(target, error))
+        return;
+    const std::string folder = target.parent_path().string();
+    if (access(folder.c_str(), W_OK) != 0)
+        throw Failure(cannot_write, Place{file, 0, 0},
+                      "cannot be replaced as a whole: " + folder + ": " + std::strerror(errno));
 }
 
 void show(const std::vector<Change>& changes, Report& report)
@@ -32,6 +47,15 @@ void show(const std::vector<Change>& changes, Report& report)
 }
 
 } // namespace
+
+void save_file(long* fd, const std::string& file, Save write)
+{
+    refuse_to_write_in_place(file);
+    long status = KH_OK;
+    write(fd, file.c_str(), &status);
+    if (status != KH_OK)
+        throw Failure(cannot_write, Place{file, 0, 0}, reason_not_saved(file) + "; the file is as it was");
+}
 
 void keep_old(const std::string& file, const std::string& suffix)
 {
@@ -69,6 +93,8 @@ void EditOptions::declare(Command& command)
 ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions& options,
                     const std::function<std::vector<Change>(Document&)>& edit, Document::Missing missing)
 {
+    // Files are changed to the end also where nobody reads any more what is shown.
+    std::signal(SIGPIPE, SIG_IGN);
     Output output(options.output);
     if (options.dry_run || options.verbose) {
         output.set_columns({{""}, {"file", Style::name}, {"path", Style::path}, {"value"}});
@@ -86,7 +112,8 @@ ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions
                 show(changes, report);
             if (!options.dry_run && !changes.empty()) {
                 keep_old(document.file(), options.backup);
-                save(document, missing == Document::is_created ? kh_tree_write : kh_tree_save);
+                save_file(document.fd(), document.file(),
+                          missing == Document::is_created ? kh_tree_write : kh_tree_save);
             }
             return done;
         },

@@ -33,6 +33,13 @@ ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions
                     const std::function<std::vector<Change>(Document&)>& edit,
                     Document::Missing missing = Document::is_failure);
 
+/// What saves a document: kh_tree_save, or kh_tree_write for what was built by functions that leave the
+/// indentation to be completed.
+using Save = long (*)(long*, const char*, long*);
+
+/// Saves a document, complete or not at all. Throws a Failure (cannot_write).
+void save_file(long* fd, const std::string& file, Save write);
+
 /// Keeps a file that exists under its name with a suffix behind it, complete or not at all. Without a suffix nothing
 /// is kept.
 void keep_old(const std::string& file, const std::string& suffix);

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace tool {
 
@@ -28,6 +29,9 @@ struct Place {
     long column = 0;
 };
 
+/// Appends a character; one that would end a line or change the terminal is written as an escape, such as "\\n".
+void append_visible(std::string& text, char c);
+
 /// Thrown where a file cannot be worked on.
 class Failure : public std::runtime_error {
 public:
@@ -41,7 +45,7 @@ public:
     ExitCode code() const { return code_; }
     const Place& place() const { return place_; }
 
-    /// "file:line:column: text", as far as the place is known.
+    /// "file:line:column: text" on one line, as far as the place is known.
     std::string message() const;
 
 private:

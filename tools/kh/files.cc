@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -208,6 +209,8 @@ std::vector<std::string> expand_list(const std::vector<std::string>& arguments)
             if (!line.empty())
                 names.push_back(line);
         }
+        if (std::ferror(stdin) != 0)
+            throw Failure(cannot_read, "the list on standard input cannot be read");
     }
     return names;
 }

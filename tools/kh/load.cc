@@ -20,6 +20,9 @@ class Reader : public nlohmann::json_sax<nlohmann::json> {
 public:
     /// What is wrong with the JSON; empty for nothing.
     const std::string& fault() const { return fault_; }
+    /// Where the text ceases to be JSON; 0 where it does not.
+    long line() const { return line_; }
+    long column() const { return column_; }
     /// The document, in UTF-8 and without its declaration.
     const std::string& text() const { return text_; }
     /// A member of the document, such as "encoding"; empty where it has none.
@@ -144,8 +147,13 @@ public:
     bool binary(binary_t&) override { return fail_scalar(); }
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& error) override
     {
-        const std::string reason = error.what();
-        return fail("not JSON: " + reason.substr(reason.find("] ") + 2));
+        std::string reason = error.what();
+        reason.erase(0, reason.find("] ") + 2);
+        // "parse error at line 1, column 2: reason"
+        std::sscanf(reason.c_str(), "parse error at line %ld, column %ld", &line_, &column_);
+        if (line_ > 0)
+            reason.erase(0, std::min(reason.find(": "), reason.size() - 2) + 2);
+        return fail("not JSON: " + reason);
     }
 
 private:
@@ -206,9 +214,10 @@ private:
         for (std::size_t i = 0; i < value.size(); ++i) {
             const char c = value[i];
             const bool is_blank = c == '\n' || c == '\t';
+            const bool is_ascii = static_cast<unsigned char>(c) < 0x80U;
             if (is_continuation(c))
                 continue;
-            if ((c < ' ' && (!is_blank || in_attribute)) || c == '&' || c == '<' || c == '>' ||
+            if (!is_ascii || (c < ' ' && (!is_blank || in_attribute)) || c == '&' || c == '<' || c == '>' ||
                 (c == '"' && in_attribute))
                 text_ += "&#" + std::to_string(code_point(value, i)) + ';';
             else
@@ -267,6 +276,8 @@ private:
     std::map<std::string, std::string> other_;
     std::string other_key_;
     std::string fault_;
+    long line_ = 0;
+    long column_ = 0;
     int documents_ = 0;
 };
 
@@ -328,8 +339,7 @@ public:
             throw Failure(cannot_read, Place{source, 0, 0}, "does not describe an XML document");
         const Closing closing{fd};
         keep_old(target, backup_);
-        if (kh_tree_save(&fd, target.c_str(), &status); status != KH_OK)
-            throw Failure(cannot_write, Place{target, 0, 0}, "cannot be written; the file is as it was");
+        save_file(&fd, target, kh_tree_save);
         return done;
     }
 
@@ -342,15 +352,17 @@ private:
     static std::string read(const std::string& source)
     {
         std::ifstream file;
-        if (source != "-")
+        if (source != "-") {
+            const std::string reason = reason_not_to_open(source);
+            if (!reason.empty())
+                throw Failure(cannot_read, Place{source, 0, 0}, reason);
             file.open(source);
+        }
         std::istream& stream = source == "-" ? std::cin : file;
-        if (!stream)
-            throw Failure(cannot_read, Place{source, 0, 0}, std::strerror(errno));
         Reader reader;
         nlohmann::json::sax_parse(stream, &reader);
         if (!reader.complete())
-            throw Failure(cannot_read, Place{source, 0, 0},
+            throw Failure(cannot_read, Place{source, reader.line(), reader.column()},
                           reader.fault().empty() ? "no document" : reader.fault());
         std::string declaration = "<?xml version=\"";
         declaration += reader.member("version").empty() ? "1.0" : reader.member("version");

@@ -79,22 +79,10 @@ std::string escaped(std::string_view cell)
     std::string text;
     text.reserve(cell.size());
     for (const char c : cell) {
-        switch (c) {
-        case '\t':
-            text += "\\t";
-            break;
-        case '\n':
-            text += "\\n";
-            break;
-        case '\r':
-            text += "\\r";
-            break;
-        case '\\':
+        if (c == '\\')
             text += "\\\\";
-            break;
-        default:
-            text += c;
-        }
+        else
+            append_visible(text, c);
     }
     return text;
 }

@@ -30,7 +30,8 @@ struct Column {
     bool to_the_right = false;
 };
 
-/// One cell of a line: what would end the cell or the line is escaped as "\t", "\n", "\r", and "\\".
+/// One cell of a line: what would end the cell or the line is escaped as "\t", "\n", "\r", other control characters
+/// as "\x1b" or the like, and "\" as "\\".
 std::string escaped(std::string_view cell);
 
 /// A number as text that reads back as that number.

@@ -135,8 +135,9 @@ Schema read_schema(const std::string& file)
 {
     static std::once_flag once;
     std::call_once(once, [] { xmlSetExternalEntityLoader(xmlNoNetExternalEntityLoader); });
-    if (!std::filesystem::exists(file))
-        throw Failure(cannot_read, Place{file, 0, 0}, "No such file or directory");
+    const std::string reason = reason_not_to_open(file);
+    if (!reason.empty())
+        throw Failure(cannot_read, Place{file, 0, 0}, reason);
     Faults faults;
     const std::unique_ptr<xmlSchemaParserCtxt, FreeSchema> parser(xmlSchemaNewParserCtxt(file.c_str()));
     if (!parser)
