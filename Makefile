@@ -58,7 +58,7 @@ bench:
 	cmake --build $(BENCH)
 	$(BENCH)/bench/allocations
 	$(BENCH)/bench/compare $(ARGS)
-	$(BENCH)/bench/command $(BENCH)/tools/kh/kh
+	$(BENCH)/bench/command $(BENCH)/tools/kh/kh $(if $(findstring quick,$(ARGS)),3,100)
 
 fuzz:
 	fuzz/run $(ARGS)

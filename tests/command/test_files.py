@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 
@@ -141,6 +142,24 @@ def test_edits_are_completed_even_where_nobody_reads(kh):
     result = run_in_shell(kh, '"$KH" set -v -s /r/a=' + 1000 * "x" + ' {0..299}.xml | true; echo ${PIPESTATUS[0]}')
     assert result.stdout == "4\n"
     assert all(kh.read(name).count("x") > 1000 for name in names)
+
+
+@pytest.mark.parametrize("interruption", [signal.SIGINT, signal.SIGTERM])
+def test_an_interrupted_edit_completes_its_file_and_begins_no_other(kh, interruption):
+    for name in ("first.xml", "last.xml"):
+        kh.write(name, "<r><a>1</a></r>")
+    os.mkfifo(kh.path("slow.xml"))
+    process = subprocess.Popen([KH, "set", "-w", "/r/a=1", "-s", "/r/a=2", "first.xml", "slow.xml", "last.xml"],
+                               cwd=kh.folder)
+    with open(kh.path("slow.xml"), "w") as slow: # returns when the command has opened the other end
+        saved = os.open(kh.path("slow.xml"), os.O_RDONLY | os.O_NONBLOCK)
+        process.send_signal(interruption)
+        slow.write("<r><a>1</a></r>")
+    assert process.wait(timeout=100) == -interruption
+    assert "<a>2</a>" in os.read(saved, 1000).decode()
+    os.close(saved)
+    assert kh.value("first.xml", "/r/a") == "2" and kh.value("last.xml", "/r/a") == "1"
+    assert not [path for path in kh.folder.iterdir() if path.name.startswith(".")]
 
 
 @pytest.mark.parametrize("name, told", [

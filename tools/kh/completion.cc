@@ -89,9 +89,10 @@ std::vector<std::string> paths_in(const std::string& file, const std::string& ty
         const std::string path = walker.path().substr(1);
         const std::string end = walker.node().holds_elements() ? "/" : "";
         const std::size_t index = path.find('[');
+        std::string offered = before;
         if (index != std::string::npos && repeated.insert(path.substr(0, index)).second)
-            paths.push_back(before + path.substr(0, index) + "[*]" + end);
-        paths.push_back(before + path + end);
+            paths.push_back(std::string(before).append(path, 0, index).append("[*]").append(end));
+        paths.push_back(offered.append(path).append(end));
     }
     for (const Attribute& attribute : attributes_of(document.cursor()))
         paths.push_back(before + '@' + attribute.name);

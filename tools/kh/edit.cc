@@ -1,5 +1,7 @@
 #include "edit.h"
 
+#include "interruption.h"
+
 #include <kalv/build.h>
 #include <kalv/status.h>
 
@@ -93,8 +95,9 @@ void EditOptions::declare(Command& command)
 ExitCode edit_files(const std::vector<std::string>& arguments, const EditOptions& options,
                     const std::function<std::vector<Change>(Document&)>& edit, Document::Missing missing)
 {
-    // Files are changed to the end also where nobody reads any more what is shown.
+    // A file that is being changed is changed to the end, also where nobody reads any more what is shown.
     std::signal(SIGPIPE, SIG_IGN);
+    defer_interruptions();
     Output output(options.output);
     if (options.dry_run || options.verbose) {
         output.set_columns({{""}, {"file", Style::name}, {"path", Style::path}, {"value"}});

@@ -1,6 +1,7 @@
 #include "files.h"
 
 #include "condition.h"
+#include "interruption.h"
 #include "progress.h"
 
 #include <algorithm>
@@ -223,7 +224,7 @@ ExitCode for_each_name(const std::vector<std::string>& names, const FileOptions&
     output.before_printing = [&] { progress.make_room(); };
     std::atomic<std::size_t> next{0};
     const auto work_on_names = [&] {
-        for (std::size_t i = next++; i < names.size() && !queue.stopped(); i = next++) {
+        for (std::size_t i = next++; i < names.size() && !queue.stopped() && !is_interrupted(); i = next++) {
             progress.begin(i);
             Report report(names[i], output.json(), names.size() > 1,
                           [&](std::string& text, bool begins) { queue.write(i, text, begins); });
@@ -245,7 +246,9 @@ ExitCode for_each_name(const std::vector<std::string>& names, const FileOptions&
         thread.join();
     progress.stop();
     output.before_printing = nullptr;
-    if (!output.finish())
+    const bool arrived = output.finish();
+    obey_interruption();
+    if (!arrived)
         throw Failure(cannot_write, "standard output cannot be written");
     return queue.code();
 }
