@@ -49,9 +49,16 @@ bool in_table(long fd) noexcept
     return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS;
 }
 
+/// Slots are written under the lock and read without it: by calls that name a descriptor which another thread
+/// is about to get, too.
 Document* in_slot(long fd) noexcept
 {
-    return static_cast<Document*>(global_current_status[fd]);
+    return static_cast<Document*>(__atomic_load_n(&global_current_status[fd], __ATOMIC_ACQUIRE));
+}
+
+void put_into_slot(long fd, Document* document) noexcept
+{
+    __atomic_store_n(&global_current_status[fd], document, __ATOMIC_RELEASE);
 }
 
 long lowest_free_slot() noexcept
@@ -73,7 +80,7 @@ std::unique_ptr<Document> take_out(long fd, const Document* opened) noexcept
     Document* document = in_slot(fd);
     if (document && document->opening && document != opened)
         return nullptr;
-    global_current_status[fd] = nullptr;
+    put_into_slot(fd, nullptr);
     return std::unique_ptr<Document>(document);
 }
 
@@ -125,7 +132,7 @@ Document* reserve(long fd) noexcept
     auto* document = new (std::nothrow) Document;
     if (document)
         document->opening = true;
-    global_current_status[fd] = document;
+    put_into_slot(fd, document);
     return document;
 }
 
