@@ -34,12 +34,15 @@ bool prepare(const xmlNode* node, Operation& op) noexcept
     return !op.failed();
 }
 
-/// The same where nothing else is to be done.
-void prepare_all(const xmlNode* root, Operation& op) noexcept
+/// Escapes what makes a file that no parser reads. \return false when memory ran out before everything was done
+bool escape_all(const xmlNode* root) noexcept
 {
     const xmlNode* const end = next_node_beside(root);
-    for (const xmlNode* node = root; node != end && prepare(node, op);)
-        node = next_node(node);
+    for (const xmlNode* node = root; node != end; node = next_node(node)) {
+        if (is_element(node) && !escape_declarations(node))
+            return false;
+    }
+    return true;
 }
 
 /// Walks the siblings from `node` on, each after all that is below it. An element that a text follows gets
@@ -91,14 +94,15 @@ long write(const char* function, long* fd, Indentation indentation, long* ierr, 
         return op.status();
     if (!target)
         return op.null_argument();
-    if (indentation == Indentation::kept)
-        prepare_all(document->root, op);
-    else if (!document->is_formatted) {
+    const bool completes = indentation == Indentation::completed;
+    if (completes && !document->is_formatted) {
         kh_tree_traverse_and_format(fd, document->root, op.error_vector());
         document->is_formatted = accelerated && !op.failed();
     }
     if (op.failed())
         op.pass_on(); // and the document is saved all the same
+    if ((!completes || op.failed()) && !escape_all(document->root))
+        return op.fail(KH_ERR_SAVE);
     long bytes = -1;
     errno = 0;
     try {

@@ -1,19 +1,11 @@
 // The sizes that arrays take while they grow. The program's own realloc stands before the C library's, which
 // is why these tests have a program to themselves.
+#include "support/sanitized.h"
 #include "support/support.h"
 
 #include <algorithm>
 #include <array>
 #include <vector>
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define KALV_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define KALV_SANITIZED
-#endif
 
 namespace {
 

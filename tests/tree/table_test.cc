@@ -630,6 +630,11 @@ struct Function {
     bool needs_root = true;
 };
 
+void PrintTo(const Function& function, std::ostream* stream)
+{
+    *stream << function.name;
+}
+
 const Function functions[] = {
     {"kh_tree_rewind", kh_tree_rewind},
     {"kh_tree_go_to_element_node", [](long* fd, long* ierr) { kh_tree_go_to_element_node(fd, "A", ierr); }},

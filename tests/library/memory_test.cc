@@ -1,0 +1,104 @@
+// Calls without memory whose outcome is more than a status. The program's own malloc stands before the C library's,
+// which is why these tests have a program to themselves.
+#include "support/outcome.h"
+#include "support/plain.h"
+#include "support/sanitized.h"
+
+#include <cerrno>
+#include <thread>
+
+namespace {
+
+thread_local long calls_until_failure = -1; ///< below 0 where none fails
+thread_local bool fails_from_then_on = false;
+
+} // namespace
+
+#ifndef KALV_SANITIZED // a sanitizer's own allocator would be bypassed
+extern "C" void* __libc_malloc(std::size_t size);
+
+extern "C" void* malloc(std::size_t size) noexcept
+{
+    if (calls_until_failure < 0 || --calls_until_failure >= 0)
+        return __libc_malloc(size);
+    if (fails_from_then_on)
+        calls_until_failure = 0;
+    errno = ENOMEM;
+    return nullptr;
+}
+#endif
+
+namespace {
+
+class WithoutMemory : public testing::Test {
+protected:
+    void SetUp() override
+    {
+#ifdef KALV_SANITIZED
+        GTEST_SKIP() << "a sanitizer has its own allocator";
+#endif
+    }
+};
+
+/// Runs a call with the allocation of a number failing. \return whether there was one
+template <class Call>
+bool fails_at(long allocation, bool from_then_on, const Call& call)
+{
+    calls_until_failure = allocation;
+    fails_from_then_on = from_then_on;
+    call();
+    const bool failed = calls_until_failure < 0 || from_then_on;
+    calls_until_failure = -1;
+    return failed;
+}
+
+/// Writes a document whose declarations have to be escaped, with each allocation failing in turn.
+void expect_whole_files(long (*write)(long*, const char*, long*), bool from_then_on)
+{
+    const support::TemporaryFolder folder;
+    const std::string source = folder.file(
+        "source.xml", "<r xmlns='a&lt;b'><a><b/></a><p:s xmlns:p='&lt;'><q:t xmlns:q='&lt;&lt;'/></p:s></r>");
+    const std::string target = folder.file("target.xml", "old");
+    long refused = 0, saved = 0;
+    for (long allocation = 0; allocation < 120; ++allocation) {
+        support::Document document = support::Document::file(source);
+        long status = support::untouched;
+        fails_at(allocation, from_then_on, [&] { write(&document.fd, target.c_str(), &status); });
+        const std::string content = support::content_of(target);
+        if (content == "old") {
+            EXPECT_LT(status, 0) << allocation;
+            ++refused;
+        } else {
+            EXPECT_TRUE(support::read_plainly(content)) << allocation << ": " << content;
+            folder.file("target.xml", "old");
+            ++saved;
+        }
+        EXPECT_EQ(folder.entries(), 2U) << allocation;
+    }
+    EXPECT_GT(refused, 3);
+    EXPECT_GT(saved, 3);
+}
+
+TEST_F(WithoutMemory, NeverLeavesAFileThatNoParserReads)
+{
+    for (const bool from_then_on : {false, true}) {
+        expect_whole_files(kh_tree_write, from_then_on);
+        expect_whole_files(kh_tree_save, from_then_on);
+    }
+}
+
+TEST_F(WithoutMemory, ReportsAllTheSameAndKeepsNoLastReport)
+{
+    long fd = 512;
+    long status = support::untouched;
+    long length = support::untouched;
+    std::thread([&] { // which has reported nothing yet
+        fails_at(0, true, [&] { kh_tree_rewind(&fd, &status); });
+        length = KH_last_report(nullptr, 0);
+    })
+        .join();
+    EXPECT_EQ(status, KH_ERR_DESCRIPTOR);
+    EXPECT_EQ(length, 0);
+}
+
+} // namespace
