@@ -134,7 +134,7 @@ long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
         kh::new_indentation(call, document->doc, 2 * distance_from_root(*document, parent) + 2);
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
-    document->edited();
+    document->value_edited(); // with a new last child, walks lead to the same elements as before
     document->current = xmlAddChild(parent, child.release());
     kh::remove_indentation(document->current);
     xmlAddPrevSibling(document->current, indentation.release());

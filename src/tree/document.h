@@ -59,6 +59,9 @@ struct Document : kh_document_slot {
     ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
     unsigned long numbered_for = 0;
 
+    /// True when the path on the stack differs in one index alone from the one before.
+    bool in_a_loop = false;
+
     /// The path of the cursor that was asked for last.
     std::string cursor_path;
 

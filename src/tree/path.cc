@@ -100,6 +100,7 @@ void fill_stack(Document& document, const Segments& segments, char* path) noexce
     document.stack_count = segments.count;
     document.array_position = segments.array_position;
     document.numbered_for = 0;
+    document.in_a_loop = false;
 }
 
 /// The last name that is no attribute becomes the requested tag.
@@ -193,6 +194,7 @@ bool change_index(Document& document, std::string_view path, std::size_t common)
     } catch (const std::bad_alloc&) {
         return false;
     }
+    document.in_a_loop = true;
     document.stack_index[segment] = number - 1;
     document.walked_count = std::min(document.walked_count, segment);
     document.extents[segment].end += length - old_length;
@@ -309,11 +311,12 @@ const ElementIndex::Name* stack_numbers(Document& document) noexcept
 }
 
 /// What the entries from `first` up to `end` lead to from a step, by the index alone; null for what is not
-/// there, or is no element of that name. The cursor stays.
+/// there, or is no element of that name. The cursor stays. Only for paths in a loop: for others, the way into the
+/// index would cost more than it saves.
 xmlNode* find_in_index(Document& document, Document::Step& start, long first, long end) noexcept
 {
     ElementIndex& index = document.element_index;
-    if (first == end || !index.stands(document.root))
+    if (first == end || !document.in_a_loop || !index.stands(document.root))
         return nullptr;
     ElementIndex::Position position = position_of(index, start);
     const ElementIndex::Name* numbers = stack_numbers(document);
@@ -348,7 +351,8 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     document.element_index.walked(first < end ? 1 : 0);
     for (long i = first; node && i < end; ++i) {
         node = step(fd, document, node, i, op);
-        if (node && i < lasting && i == document.walked_count && !is_step_up(document, i) && accelerated) {
+        const bool lasts = node && i < lasting && is_element(node) && !is_step_up(document, i);
+        if (lasts && i == document.walked_count && accelerated) {
             document.walked[i] = {node, document.current, ElementIndex::none};
             document.walked_count = i + 1;
         }
