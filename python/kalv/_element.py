@@ -10,6 +10,8 @@ if typing.TYPE_CHECKING:
 
     from ._core import XmlFile
 
+_Default = typing.TypeVar("_Default")
+
 
 class Element:
     """An element of a document: the document, and the element's path from the root.
@@ -53,18 +55,34 @@ class Element:
         """Whether a path leads to an element or attribute."""
         return self._at(path) in self.document
 
-    def get(self, path: str, default: str | None = None) -> str | None:
+    @typing.overload
+    def get(self, path: str) -> str | None: ...
+    @typing.overload
+    def get(self, path: str, default: _Default) -> str | _Default: ...
+    def get(self, path: str, default: typing.Any = None) -> typing.Any:
         """The text at a path, or the default where there is no value."""
         return self.document.get(self._at(path), default)
 
+    @typing.overload
+    def get_str(self, path: str) -> str: ...
+    @typing.overload
+    def get_str(self, path: str, default: _Default) -> str | _Default: ...
     def get_str(self, path: str, default: typing.Any = ...) -> typing.Any:
         """The text at a path. Where there is no value: the default, or without one an error."""
         return self.document.get_str(self._at(path), default)
 
+    @typing.overload
+    def get_int(self, path: str) -> int: ...
+    @typing.overload
+    def get_int(self, path: str, default: _Default) -> int | _Default: ...
     def get_int(self, path: str, default: typing.Any = ...) -> typing.Any:
         """The integer at a path. Where there is no value: the default, or without one an error."""
         return self.document.get_int(self._at(path), default)
 
+    @typing.overload
+    def get_float(self, path: str) -> float: ...
+    @typing.overload
+    def get_float(self, path: str, default: _Default) -> float | _Default: ...
     def get_float(self, path: str, default: typing.Any = ...) -> typing.Any:
         """The real at a path. Where there is no value: the default, or without one an error."""
         return self.document.get_float(self._at(path), default)
