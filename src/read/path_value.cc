@@ -15,7 +15,7 @@ namespace {
 long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept
 {
     Operation op("kh_tree_path_read_string_element_value", ierr);
-    const Document* document = document_with_root(op, fd);
+    Document* document = document_with_root(op, fd);
     if (!document)
         return op.status();
     if (target.missing())
@@ -23,13 +23,13 @@ long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexc
     if (!path)
         return op.fail(KH_ERR_NO_REQUEST);
     target.replace_previous();
-    kh_tree_chop_path(fd, path, op.error_vector());
+    chop_path(*document, path, op.error_vector());
     if (op.failed())
         return op.pass_on();
     // Reported, and then read all the same with the index that the array node has: callers rely on it.
     if (has_array_node(*document))
         op.fail(KH_ERR_ARGUMENT, ". Bad path for : %s", path);
-    const xmlNode* node = kh_tree_go_to_stack_node(fd, op.error_vector());
+    const xmlNode* node = go_to_stack_node(fd, *document, op.error_vector());
     if (op.failed())
         return op.pass_on();
     if (!node)

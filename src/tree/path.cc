@@ -380,7 +380,10 @@ bool has_near_ends(const xmlNode* node) noexcept
 /// path return the root.
 bool begins_at_root(const Document& document, Operation& op) noexcept
 {
-    if (!document.absolute || document.stack_count == 0 || is_named(document.root, document.stack_name[0]))
+    const bool was_seen =
+        document.walked_count > 0; // a walk of this path, or one that begins like it, got on
+    if (!document.absolute || was_seen || document.stack_count == 0 ||
+        is_named(document.root, document.stack_name[0]))
         return true;
     op.fail(KH_ERR_ARGUMENT, ". Bad root element: %s", document.stack_name[0]);
     return false;
@@ -446,6 +449,20 @@ bool has_array_node(const Document& document) noexcept
     return document.array_position != -1;
 }
 
+long chop_path(Document& document, const char* path, long* ierr) noexcept
+{
+    Operation op("kh_tree_chop_path", ierr);
+    return path ? chop(document, path, op) : op.null_argument();
+}
+
+xmlNode* go_to_stack_node(long* fd, Document& document, long* ierr) noexcept
+{
+    Operation op("kh_tree_go_to_stack_node", ierr);
+    if (!begins_at_root(document, op))
+        return document.root;
+    return walk_from_start(fd, document, walk_end(document), op);
+}
+
 long get_path(const long* fd, const char** path, long* ierr) noexcept
 {
     Operation op("kh_tree_get_path", ierr);
@@ -475,33 +492,28 @@ long kh_tree_chop_path(long* fd, const char* path, long* ierr)
 {
     Operation op("kh_tree_chop_path", ierr);
     Document* document = open_document(op, fd);
-    if (!document)
-        return op.status();
-    return path ? kh::chop(*document, path, op) : op.null_argument();
+    return document ? chop_path(*document, path, ierr) : op.status();
 }
 
 xmlNode* kh_tree_go_to_stack_node(long* fd, long* ierr)
 {
     Operation op("kh_tree_go_to_stack_node", ierr);
     Document* document = document_with_root(op, fd);
-    if (!document)
-        return nullptr;
-    if (!kh::begins_at_root(*document, op))
-        return document->root;
-    return kh::walk_from_start(fd, *document, kh::walk_end(*document), op);
+    return document ? go_to_stack_node(fd, *document, ierr) : nullptr;
 }
 
 long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
 {
     Operation op("kh_tree_go_to_path_node", ierr);
-    if (!document_with_root(op, fd))
+    Document* document = document_with_root(op, fd);
+    if (!document)
         return op.status();
     if (!path)
         return op.null_argument();
-    kh_tree_chop_path(fd, path, op.error_vector());
+    chop_path(*document, path, op.error_vector());
     if (op.failed())
         return op.pass_on();
-    const xmlNode* node = kh_tree_go_to_stack_node(fd, op.error_vector());
+    const xmlNode* node = go_to_stack_node(fd, *document, op.error_vector());
     if (op.failed())
         return op.pass_on();
     if (!node)
