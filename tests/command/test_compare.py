@@ -1,5 +1,6 @@
 """kh diff, dump, load and schema: comparing files, taking them apart and putting them together, checking them."""
 
+import gzip
 import json
 
 import pytest
@@ -194,12 +195,49 @@ def test_faults_are_told_with_their_line(kh, jobs):
     kh("set", "product.xml", f"{LIST}/Item[2]/Orbit=many")
     kh("rm", "product.xml", f"{LIST}/Item[3]/Height/@unit")
     result = kh("schema", "check", "-j", jobs, "-x", "product.xsd", "product.xml", "other.xml", code=1)
-    lines = result.err.splitlines()
-    assert lines[0].startswith("product.xml:35: Element 'Orbit':")
-    assert any(line.startswith("product.xml:42: Element 'Height':") for line in lines)
+    lines = [line.split(":", 3) for line in result.err.splitlines()]
+    assert lines[0][:2] == ["product.xml", "35"] and lines[0][3].startswith(" Element 'Orbit':")
+    assert any(line[1] == "42" and line[3].startswith(" Element 'Height':") for line in lines)
+    assert all(0 < int(line[2]) < 60 for line in lines)
     elements = kh("schema", "check", "--json", "-x", "product.xsd", "product.xml", "other.xml", code=1).json
     assert [element["valid"] for element in elements] == [False, True]
     assert elements[0]["faults"][0]["line"] == 35
+    assert str(elements[0]["faults"][0]["column"]) == lines[0][2]
+
+
+SCHEMA = """<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">
+<xs:element name="r"><xs:complexType><xs:sequence><xs:element name="a" type="xs:integer" maxOccurs="unbounded"/>
+</xs:sequence><xs:attribute name="b" type="xs:integer" default="1"/></xs:complexType></xs:element></xs:schema>"""
+
+
+@pytest.mark.parametrize("text, code", [
+    ('<!DOCTYPE r [<!ENTITY e "12">]><r><a>&e;3</a></r>', 0), ('<!DOCTYPE r [<!ENTITY e "x">]><r><a>1&e;</a></r>', 1),
+    ('<!DOCTYPE r [<!ENTITY e "<a>x</a>">]><r><a>1</a>&e;</r>', 1),
+    ('<!DOCTYPE r [<!ENTITY e "<a>2</a>">]><r b="2"><a>1</a>&e;</r>', 0),
+    ('<!DOCTYPE r [<!ENTITY e SYSTEM "secret.txt">]><r><a>&e;</a></r>', 3),
+    ('<!DOCTYPE r [<!ENTITY % p SYSTEM "secret.txt"> %p;]><r><a>1</a></r>', 3),
+    ("<r><a>1<!--c-->2<![CDATA[3]]></a></r>", 0), ("<r><a>1</a><?i?><a>x</a></r>", 1), ("<r/>", 1), ("<s/>", 1),
+    ("<r>" + 5000 * "<a>1</a>" + "</r>", 0)])
+def test_entities_are_checked_as_what_they_stand_for_and_no_other_file_is_read(kh, text, code):
+    kh.write("secret.txt", "secret")
+    kh.write("r.xsd", SCHEMA)
+    kh.write("r.xml", text)
+    result = kh("schema", "check", "-x", "r.xsd", "r.xml", code=code)
+    assert "secret" not in result.err.replace("secret.txt", "")
+    assert (result.err.count("\n") > 0) == (code != 0)
+    assert code != 3 or ": cannot be checked: " in result.err
+
+
+def test_a_compressed_file_is_checked(kh):
+    kh.write("r.xsd", SCHEMA)
+    kh.path("r.xml").write_bytes(gzip.compress(b"<r><a>x</a></r>"))
+    assert kh("schema", "check", "-x", "r.xsd", "r.xml", code=1).err.startswith("r.xml:1:")
+
+
+def test_many_faults_are_told_in_a_time_that_grows_with_the_file_alone(kh):
+    kh.write("r.xsd", SCHEMA)
+    kh.write("r.xml", "<r>" + 50000 * "<a>x</a>\n" + "</r>")
+    assert kh("schema", "check", "-x", "r.xsd", "r.xml", code=1).err.count("\n") == 50000
 
 
 def test_the_schema_that_a_file_names_is_taken(kh):

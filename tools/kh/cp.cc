@@ -66,7 +66,7 @@ private:
     static std::string absolute_in(const std::string& source, const std::string& path)
     {
         Document document(source);
-        const std::string absolute = document.absolute(path);
+        std::string absolute = document.absolute(path);
         if (!document.go_to(absolute) || !document.cursor().is_element())
             throw document.failure(different, path + ": not found");
         return absolute;

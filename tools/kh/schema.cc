@@ -3,12 +3,14 @@
 
 #include <kalv/file_handling.h>
 
-#include <cstdarg>
-#include <cstdio>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlschemas.h>
 #include <mutex>
+#include <zlib.h>
 
 namespace tool {
 
@@ -102,24 +104,29 @@ private:
     bool all_ = false;
 };
 
-/// A fault of a document.
+/// A fault of a document, and where it was noticed.
 struct Fault {
-    long line;
+    Place place;
     std::string text;
 };
 
-/// What libxml2 says of one thing is collected, and nothing is printed.
+/// What libxml2 says of a file is collected, and nothing is printed.
 struct Faults {
+    std::string file;
+    const xmlParserCtxt* parser = nullptr; ///< of the file, while it is parsed
     std::vector<Fault> all;
 
     static void take(void* self, xmlError* error)
     {
+        auto& faults = *static_cast<Faults*>(self);
+        Place place{faults.file, error->line, 0};
+        if (faults.parser && faults.parser->input) {
+            place.line = faults.parser->input->line;
+            place.column = faults.parser->input->col;
+        }
         std::string text = error->message ? error->message : "no reason is given";
         text.erase(text.find_last_not_of('\n') + 1);
-        const Node node(error->node && static_cast<xmlNode*>(error->node)->type == XML_ELEMENT_NODE
-                            ? static_cast<xmlNode*>(error->node)
-                            : nullptr);
-        static_cast<Faults*>(self)->all.push_back({node ? node.line : error->line, text});
+        faults.all.push_back({place, text});
     }
 };
 
@@ -138,7 +145,7 @@ Schema read_schema(const std::string& file)
     const std::string reason = reason_not_to_open(file);
     if (!reason.empty())
         throw Failure(cannot_read, Place{file, 0, 0}, reason);
-    Faults faults;
+    Faults faults{file, nullptr, {}};
     const std::unique_ptr<xmlSchemaParserCtxt, FreeSchema> parser(xmlSchemaNewParserCtxt(file.c_str()));
     if (!parser)
         throw Failure(cannot_read, Place{file, 0, 0}, "memory ran out");
@@ -147,23 +154,95 @@ Schema read_schema(const std::string& file)
     Schema schema(xmlSchemaParse(parser.get()));
     xmlSetStructuredErrorFunc(nullptr, nullptr);
     if (!schema)
-        throw Failure(cannot_read, Place{file, faults.all.empty() ? 0 : faults.all.front().line, 0},
-                      faults.all.empty() ? "no schema" : faults.all.front().text);
+        throw faults.all.empty() ? Failure(cannot_read, Place{file, 0, 0}, "no schema")
+                                 : Failure(cannot_read, faults.all.front().place, faults.all.front().text);
     return schema;
 }
 
+struct CloseCompressed {
+    void operator()(gzFile_s* file) const { gzclose(file); }
+};
+
+struct FreeParser {
+    void operator()(xmlParserCtxt* parser) const
+    {
+        xmlFreeDoc(parser->myDoc);
+        xmlFreeParserCtxt(parser);
+    }
+};
+
+/// The document keeps what it declares, such as entities, and nothing else: its tree stands in memory already.
+void make_no_tree(xmlSAXHandler& handler)
+{
+    handler.startElementNs = nullptr;
+    handler.endElementNs = nullptr;
+    handler.startElement = nullptr;
+    handler.endElement = nullptr;
+    handler.characters = nullptr;
+    handler.ignorableWhitespace = nullptr;
+    handler.cdataBlock = nullptr;
+    handler.reference = nullptr;
+    handler.comment = nullptr;
+    handler.processingInstruction = nullptr;
+}
+
+/// What another file holds is never read in: it would appear in messages.
+void refuse_external_entities(xmlSAXHandler& handler)
+{
+    handler.getEntity = [](void* parser, const xmlChar* name) {
+        xmlEntity* entity = xmlSAX2GetEntity(parser, name);
+        return entity && entity->etype == XML_EXTERNAL_GENERAL_PARSED_ENTITY ? nullptr : entity;
+    };
+    handler.getParameterEntity = [](void* parser, const xmlChar* name) {
+        xmlEntity* entity = xmlSAX2GetParameterEntity(parser, name);
+        return entity && entity->etype == XML_EXTERNAL_PARAMETER_ENTITY ? nullptr : entity;
+    };
+}
+
+bool has_doctype(Document& document)
+{
+    for (Node node(document.description().first_node); node; node = Node(node.next)) {
+        if (node.kind == KH_NODE_DOCTYPE)
+            return true;
+    }
+    return false;
+}
+
+/// Checks a file while it is parsed. With the tree, libxml2 would know no columns, resolve no entities, and go back
+/// over all that stands before each fault.
 std::vector<Fault> faults_of(Document& document, const Schema& schema)
 {
     const std::unique_ptr<xmlSchemaValidCtxt, FreeSchema> validator(xmlSchemaNewValidCtxt(schema.get()));
-    if (!validator)
+    const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
+    if (!validator || !parser)
         throw document.failure(cannot_read, "memory ran out");
-    Faults faults;
+    const std::unique_ptr<gzFile_s, CloseCompressed> file(gzopen(document.file().c_str(), "rb"));
+    if (!file)
+        throw document.failure(cannot_read, std::strerror(errno));
+    Faults faults{document.file(), parser.get(), {}};
     xmlSchemaSetValidStructuredErrors(validator.get(), Faults::take, &faults);
-    const int result = xmlSchemaValidateDoc(validator.get(), global_current_status[*document.fd()]->doc);
-    if (result < 0)
+    make_no_tree(*parser->sax);
+    refuse_external_entities(*parser->sax);
+    xmlSchemaSAXPlugStruct* plug = xmlSchemaSAXPlug(validator.get(), &parser->sax, &parser->userData);
+    if (!plug)
         throw document.failure(cannot_read, "cannot be checked");
-    if (result > 0 && faults.all.empty())
-        faults.all.push_back({0, "not valid"});
+    const auto read = [](void* source, char* buffer, int size) {
+        return gzread(static_cast<gzFile_s*>(source), buffer, static_cast<unsigned>(size));
+    };
+    // libxml2's limits keep entities from growing without end; the library has lifted them for all other files.
+    const int options = XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                        (has_doctype(document) ? 0 : XML_PARSE_HUGE);
+    xmlFreeDoc(
+        xmlCtxtReadIO(parser.get(), read, nullptr, file.get(), document.file().c_str(), nullptr, options));
+    xmlSchemaSAXUnplug(plug);
+    if (parser->wellFormed == 0) {
+        const std::string reason =
+            parser->lastError.message ? parser->lastError.message : "it cannot be read";
+        throw Failure(cannot_read, Place{document.file(), parser->lastError.line, parser->lastError.int2},
+                      "cannot be checked: " + reason.substr(0, reason.find('\n')));
+    }
+    if (faults.all.empty() && xmlSchemaIsValid(validator.get()) != 1)
+        faults.all.push_back({Place{document.file(), 0, 0}, "not valid"});
     return faults.all;
 }
 
@@ -205,14 +284,16 @@ private:
             report.json().key("faults").begin_array();
             for (const Fault& fault : faults) {
                 report.json().begin_short_object();
-                if (fault.line > 0)
-                    report.json().member("line", fault.line);
+                if (fault.place.line > 0)
+                    report.json().member("line", fault.place.line);
+                if (fault.place.column > 0)
+                    report.json().member("column", fault.place.column);
                 report.json().member("text", fault.text).end();
             }
             report.json().end().end();
         }
         for (const Fault& fault : faults)
-            report.fail(Failure(different, Place{document.file(), fault.line, 0}, fault.text));
+            report.fail(Failure(different, fault.place, fault.text));
         return done;
     }
 
