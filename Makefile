@@ -8,11 +8,12 @@
 #   make torture try to break the library; MINUTES=n for how long, MINUTES= for as long as all takes,
 #                PROGRAMS=threads for a part of it
 #   make fuzz    feed the library with what libFuzzer makes up; ARGS="1000000 paths": runs or seconds, targets
+#   make valgrind  run the tests under Valgrind; ARGS=--short for a minute
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test torture python-bench bench build setup docs abi abi-update package-test fuzz format clean
+.PHONY: demo test valgrind torture python-bench bench build setup docs abi abi-update package-test fuzz format clean
 
 demo: build
 	cd build/$(PRESET)/examples && \
@@ -34,6 +35,10 @@ setup:
 MINUTES ?= 4
 torture:
 	tests/torture/run $(PRESET) '$(MINUTES)' $(PROGRAMS)
+
+valgrind: build
+	tools/install_packages valgrind
+	tools/run_valgrind build/$(PRESET) $(ARGS)
 
 docs:
 	tools/install_packages doxygen
