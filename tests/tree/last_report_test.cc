@@ -111,11 +111,11 @@ TEST(LastReport, TellsWhyAFileCannotBeSaved)
         {folder.path(""), "Is a directory"},
         {"/dev/full", "No space left on device"},
     };
-    for (const auto& [name, reason] : rows) {
+    for (const auto& row : rows) {
         const std::string verbose =
-            support::report_of([&] { kh_tree_save(&document.fd, name.c_str(), nullptr); });
+            support::report_of([&] { kh_tree_save(&document.fd, row.name.c_str(), nullptr); });
         const std::string report = "KH: Unable to save XML document into disk\n\tFunction: kh_tree_save";
-        EXPECT_EQ(last_report(), report + "\n\t" + name + ": " + reason);
+        EXPECT_EQ(last_report(), report + "\n\t" + row.name + ": " + row.reason);
         EXPECT_EQ(verbose.substr(verbose.rfind("KH: ")), report + "\n") << "what is printed stays as it was";
     }
 }
