@@ -46,6 +46,7 @@ def test_every_json_output_has_a_schema(name):
 
 @pytest.mark.parametrize("words", [["nothing"], ["header"], ["header", "nothing"], ["get", "--nothing", "x"],
                                    ["get", "-j", "many", "product.xml", "/a"],
+                                   ["get", "-j", "-1", "product.xml", "/a"], ["ls", "-d", "-5", "product.xml"],
                                    ["get", "--color", "blue", "product.xml", "/a"], ["help", "nothing"]])
 def test_a_wrong_usage_is_told_with_code_2(kh, words):
     result = kh(*words, code=2)

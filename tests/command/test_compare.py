@@ -80,6 +80,7 @@ def test_differences_in_a_pipe(kh):
 def test_what_cannot_be_compared(kh):
     kh("diff", "product.xml", "none.xml", code=3)
     assert kh("diff", "none.xml", "product.xml", code=3).err == "none.xml: No such file or directory\n"
+    assert kh("diff", "product.xml", "-", code=3).err == "-: No such file or directory\n"
     kh("diff", "product.xml", code=2)
     kh("diff", "product.xml", "product.xml", "product.xml", code=2)
     kh("diff", "--ignore", "", "product.xml", "product.xml", code=2)

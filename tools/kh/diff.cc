@@ -355,8 +355,11 @@ public:
             return column == 1 ? Style::path : cells.front() == "-" ? Style::bad : Style::good;
         });
         FileOptions one_file;
-        return for_each_file({arguments()[1]}, one_file, output,
-                             [this](Document& after, Report& report) { return compare(after, report); });
+        // Not as a list of files: there, "-" would be one that may be empty.
+        return for_each_name({arguments()[1]}, one_file, output, [this](Report& report) {
+            Document after(report.file());
+            return compare(after, report);
+        });
     }
 
 private:

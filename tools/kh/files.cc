@@ -219,6 +219,8 @@ std::vector<std::string> expand_list(const std::vector<std::string>& arguments)
 ExitCode for_each_name(const std::vector<std::string>& names, const FileOptions& options, Output& output,
                        const std::function<ExitCode(Report&)>& work)
 {
+    if (options.jobs < 0)
+        throw Failure(usage, "no negative number of files can be worked on");
     Queue queue(names.size(), options, output);
     Progress progress(names, queue.mutex(), !options.no_progress);
     output.before_printing = [&] { progress.make_room(); };

@@ -48,6 +48,8 @@ public:
     {
         if (tree_ && table_)
             throw Failure(usage, "--tree and --table are two different things");
+        if (depth_ < no_limit)
+            throw Failure(usage, "a depth is not negative");
         wanted_ = parse_wanted(paths_);
         const std::vector<std::string> files = expand_list(arguments());
         many_ = files.size() > 1;
