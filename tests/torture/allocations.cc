@@ -121,5 +121,7 @@ int main(int argc, char** argv)
     names.insert("kh_tree_set_node_value"); // variadic, so its name cannot be gathered
     for (const std::string& name : missing_functions(names))
         figure.wrong("no scenario calls " + name);
+    for (const std::string& name : missing_methods(methods_called_in("workload.cc")))
+        figure.wrong("no scenario calls XmlFile::" + name);
     return figure.print();
 }

@@ -816,5 +816,7 @@ int main(int argc, char** argv)
     }
     for (const std::string& name : missing_functions(names))
         figure.wrong("no subject is " + name);
+    for (const std::string& name : missing_methods(methods_called_in("arguments.cc")))
+        figure.wrong("no subject calls XmlFile::" + name);
     return figure.print();
 }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <sys/mman.h>
 #include <utility>
 
 namespace {
@@ -101,6 +102,29 @@ void free(void* block) noexcept
     static void (*original)(void*) = nullptr;
     live -= block != nullptr;
     next(original, "free")(block);
+}
+
+void* mmap(void* start, std::size_t size, int protection, int flags, int fd, off_t offset) noexcept
+{
+    static void* (*original)(void*, std::size_t, int, int, int, off_t) = nullptr;
+    if (fails())
+        return MAP_FAILED;
+    void* block = next(original, "mmap")(start, size, protection, flags, fd, offset);
+    live += block != MAP_FAILED;
+    return block;
+}
+
+void* mremap(void* block, std::size_t old_size, std::size_t size, int flags, ...) noexcept
+{
+    static void* (*original)(void*, std::size_t, std::size_t, int, ...) = nullptr;
+    return fails() ? MAP_FAILED : next(original, "mremap")(block, old_size, size, flags);
+}
+
+int munmap(void* block, std::size_t size) noexcept
+{
+    static int (*original)(void*, std::size_t) = nullptr;
+    --live;
+    return next(original, "munmap")(block, size);
 }
 
 } // extern "C"

@@ -163,7 +163,8 @@ void helpers(Session& session, const support::TemporaryFolder&)
         call << count << call(kh_string_to_integer, "12abc") << call(kh_string_to_real, "2.5e3");
         call << call.plain(KH_strcmp, "a", "a") << call.plain(kh_check_library_version);
         char text[KH_MESSAGE_SIZE];
-        call << call.plain(KH_Get_lib_version, text) << call.plain(kh_basic_error_msg, -29L, text);
+        call << call.plain(KH_Get_lib_version_number) << call.plain(KH_Get_lib_version, text)
+             << call.plain(kh_basic_error_msg, -29L, text);
         call << call.plain(KH_Get_compatibility_table);
     });
     session.step([](Call& call) {
@@ -422,6 +423,46 @@ void arrays(Session& session, const support::TemporaryFolder& folder)
             call << path;
         },
         searching);
+}
+
+/// Reads and edits in turn, so that what the library remembers of a document is made, used and dropped.
+void reads_between_edits(Session& session, const support::TemporaryFolder&, const std::string& file)
+{
+    Life document(session, file);
+    long* fd = &document.fd;
+    for (const char* value : {"5", "6", "7"}) {
+        for (int i = 0; i < 2; ++i) {
+            read_array<long>(session, fd, kh_tree_path_read_integer_node_array, "/r/x[*]");
+            read_array<double>(session, fd, kh_tree_path_read_real_node_array, "/r/x[*]/@n");
+            session.step([&](Call& call) {
+                call(kh_tree_rewind, fd);
+                Text text;
+                call(kh_tree_read_string_element_value, fd, "y", text.out());
+                call << text.value;
+            });
+            session.step([&](Call& call) {
+                for (int index = 98; index <= 101; ++index) {
+                    long number = 0;
+                    const std::string path = "/r/x[" + std::to_string(index) + "]";
+                    call(kh_tree_path_read_integer_node_value, fd, path.c_str(), &number);
+                    if (call.status != KH_OK)
+                        return;
+                    call << number;
+                }
+            });
+            session.step(
+                [&](Call& call) {
+                    char path[100] = "";
+                    call(kh_tree_find_string_value_path, fd, "/r/x[*]", "11", path);
+                    call << path;
+                },
+                searching);
+        }
+        read_array<char*>(session, fd, kh_tree_read_string_element_array, "x");
+        document.set("/r/x[60]", value);
+        document.step(kh_tree_add_next_sibling, adding, "/r/x[60]", "y");
+        document.step(kh_tree_remove_node, {}, "/r/x[2]");
+    }
 }
 
 void building(Session& session, const support::TemporaryFolder& folder)
@@ -809,6 +850,13 @@ void object_reads(Session& session, const support::TemporaryFolder& folder, cons
         call << file.getId() << moved.getId();
     });
     life.step([&](Call&) { KALV::XmlFile(folder.path("plain.xml")); }, parsing);
+    life.step(
+        [&](Call& call) {
+            KALV::XmlFile in_memory;
+            in_memory.readMemory(plain);
+            call << in_memory.toString();
+        },
+        {{KH_ERR_MEMORY, KH_ERR_PARSE, KH_ERR_SAVE}, Leaves::nothing});
     life.step([&](Call&) { KALV::XmlFile(folder.path("missing.xml")); }, parsing);
 }
 
@@ -936,10 +984,14 @@ void write_files(const support::TemporaryFolder& folder)
     write("rich.xml", rich);
     write("rich_utf16.xml", utf16(with_encoding("UTF-16")));
     write("rich_cyrillic.xml", with_encoding("KOI8-R"));
+    write("rich_ascii.xml", with_encoding("US-ASCII"));
+    write("rich_latin.xml", with_encoding("ISO-8859-1"));
     write("rich.xml.gz", gzip(rich));
     write("plain.xml", plain);
     write("bare.xml", "<bare/>");
-    write("array.xml", "<r>" + repeated(120, "<x n='7'>9</x>") + "<x n='8'>11</x><y>no number</y></r>");
+    const std::string array = "<r>" + repeated(120, "<x n='7'>9</x>") + "<x n='8'>11</x><y>no number</y></r>";
+    write("array.xml", array);
+    write("array.xml.gz", gzip(array));
     write("latin.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><r a='\xe4'>\xf6\xfc</r>");
     write("wide.xml", utf16("<r>wide</r>"));
     write("cyrillic.xml", "<?xml version='1.0' encoding='KOI8-R'?><r a='\xc1'>\xc2\xc3</r>");
@@ -982,12 +1034,18 @@ std::vector<Scenario> scenarios()
         {"object reads", object_reads},
         {"object edits", object_edits},
     };
+    const auto add = [&](const std::string& name, OnFile run, const char* file) {
+        all.push_back(
+            {name + " in " + file, [run, file](Session& session, const support::TemporaryFolder& folder) {
+                 run(session, folder, folder.path(file));
+             }});
+    };
     for (const auto& [name, run] : on_a_file)
-        for (const char* file : {"rich.xml", "rich_utf16.xml", "rich_cyrillic.xml", "rich.xml.gz"})
-            all.push_back({std::string(name) + " in " + file,
-                           [run = run, file](Session& session, const support::TemporaryFolder& folder) {
-                               run(session, folder, folder.path(file));
-                           }});
+        for (const char* file : {"rich.xml", "rich_utf16.xml", "rich_latin.xml", "rich_ascii.xml",
+                                 "rich_cyrillic.xml", "rich.xml.gz"})
+            add(name, run, file);
+    for (const char* file : {"array.xml", "array.xml.gz"})
+        add("reads between edits", reads_between_edits, file);
     return all;
 }
 
