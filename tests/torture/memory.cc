@@ -179,6 +179,11 @@ std::size_t allocations()
     return counted;
 }
 
+bool has_failed()
+{
+    return counted > failing_number;
+}
+
 long live_blocks()
 {
     return live;

@@ -39,6 +39,9 @@ void fail_never();
 /// How many allocations inside there were since then.
 std::size_t allocations();
 
+/// Whether an allocation has failed since then.
+bool has_failed();
+
 /// How many blocks the process holds.
 long live_blocks();
 

@@ -47,6 +47,21 @@ std::string Session::files() const
     return text;
 }
 
+void Session::watch(const std::string& file)
+{
+    watched_.push_back(file);
+    files_ = files();
+}
+
+bool Session::goes_on_as(const Step& right, const Call& call)
+{
+    if (call.status != right.status || call.result != right.result)
+        return false;
+    files_ = right.files;
+    ++next_;
+    return true;
+}
+
 std::string Session::trees()
 {
     return described_trees();
@@ -85,13 +100,12 @@ bool Session::judge(const Step& step, const Failure& failure, const std::string&
         ++next_;
         return false;
     }
-    const std::string trees_before = next_ > 0 ? right_->at(next_ - 1).trees : "";
     const Leaves in_files = failure.leaves == Leaves::remains ? Leaves::nothing : failure.leaves;
     const bool is_described = std::count(failure.codes.begin(), failure.codes.end(), step.status) > 0;
     if (!is_described)
         complain(step.status == right.status ? "silently different" : "status is not described", step, right);
-    else if (!may_be_left(failure.leaves, step.trees, trees_before, right.trees))
-        complain("failed, and changed the document", step, {0, "", "", trees_before, ""});
+    else if (!may_be_left(failure.leaves, step.trees, trees_before(), right.trees))
+        complain("failed, and changed the document", step, {0, "", "", trees_before(), ""});
     else if (!may_be_left(in_files, step.files, files_before, right.files))
         complain("failed, and changed the file", step, {0, "", "", "", files_before});
     lost_ =
@@ -102,6 +116,7 @@ bool Session::judge(const Step& step, const Failure& failure, const std::string&
 void Session::judge_repeated(const Step& step)
 {
     const Step& right = right_->at(next_++);
+    files_ = step.files;
     if (step == right)
         return;
     lost_ = true;

@@ -11,6 +11,7 @@
 #include <new>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace torture {
@@ -124,8 +125,11 @@ public:
             perform();
             return;
         }
-        const std::string files_before = files();
-        const Step done = described(perform());
+        const Call call = perform();
+        if (right_ && !memory::has_failed() && goes_on_as(right_->at(next_), call))
+            return;
+        const Step done = described(call);
+        const std::string files_before = std::exchange(files_, done.files);
         if (!right_)
             steps_.push_back(done);
         else if (judge(done, failure, files_before))
@@ -136,16 +140,16 @@ public:
     template <class Body>
     void silent_step(Body body)
     {
-        const std::string before = trees();
         step([&](Call& call) {
             body(call);
-            if (right_ && !lost_ && trees() == before && before != right_->at(next_).trees)
+            if (right_ && !lost_ && memory::has_failed() && trees() == trees_before() &&
+                trees_before() != right_->at(next_).trees)
                 call.status = KH_ERR_MEMORY;
         });
     }
 
     /// From now on what a file holds belongs to each step's result.
-    void watch(const std::string& file) { watched_.push_back(file); }
+    void watch(const std::string& file);
 
     const std::vector<Step>& steps() const { return steps_; }
     const std::set<std::string>& names() const { return names_; }
@@ -153,8 +157,13 @@ public:
 
 private:
     Step described(const Call& call) const;
+
+    /// Goes on without looking at all documents while there was no fault yet. \return whether that is right
+    bool goes_on_as(const Step& right, const Call& call);
     std::string files() const;
     static std::string trees();
+    /// The trees before the step that is made; all steps so far have been right.
+    std::string trees_before() const { return next_ > 0 ? right_->at(next_ - 1).trees : std::string(); }
 
     /// \return whether the step has failed and is to be repeated
     bool judge(const Step& step, const Failure& failure, const std::string& files_before);
@@ -168,6 +177,7 @@ private:
     std::vector<Step> steps_;
     std::set<std::string> names_;
     std::vector<std::string> watched_;
+    std::string files_; ///< what they held last
     std::string complaint_;
 };
 

@@ -583,7 +583,7 @@ void schemas(Session& session, const support::TemporaryFolder& folder)
     for (long mode : {0, 1, 2, 3})
         session.step(
             [&](Call& call) { call(kh_set_schema, target.c_str(), "TARVEK_SCHEMAS/Some_0102.XSD", &mode); },
-            {{KH_ERR_PARSE, KH_ERR_SAVE, KH_ERR_MEMORY}, Leaves::nothing});
+            {{KH_ERR_PARSE, KH_ERR_SAVE, KH_ERR_MEMORY}, Leaves::indentation});
 }
 
 void encodings(Session& session, const support::TemporaryFolder& folder)
