@@ -5,6 +5,8 @@
 #include "build/identifier.h"
 #include "build/validity.h"
 
+#include <cstring>
+
 namespace kh {
 
 void delete_node(Document& document, xmlNode* node) noexcept
@@ -20,23 +22,29 @@ void delete_node(Document& document, xmlNode* node) noexcept
 
 namespace {
 
+xmlNs* default_namespace(const Document& document, xmlNode* element) noexcept
+{
+    return element == document.last_inserted.element ? document.last_inserted.space
+                                                     : search_namespace(element, nullptr);
+}
+
 /// An element in the namespace that its prefix, or the default declaration, gives it below `parent`.
-XmlNode new_element_below(xmlNode* parent, const char* name) noexcept
+XmlNode new_element_below(const Document& document, xmlNode* parent, const char* name) noexcept
 {
     int length = 0;
     const xmlChar* local_name = xmlSplitQName3(to_xml(name), &length);
     const XmlText prefix(local_name ? xmlStrndup(to_xml(name), length) : nullptr);
     if (local_name && !prefix)
         return nullptr;
-    xmlNs* space = search_namespace(parent, prefix.get());
+    xmlNs* space = prefix ? search_namespace(parent, prefix.get()) : default_namespace(document, parent);
     return XmlNode(
         xmlNewDocRawNode(parent->doc, space, space && local_name ? local_name : to_xml(name), nullptr));
 }
 
-XmlNode new_node_below(xmlNode* parent, long kind, const char* text) noexcept
+XmlNode new_node_below(const Document& document, xmlNode* parent, long kind, const char* text) noexcept
 {
     const ParserCall call;
-    XmlNode node = kind == KH_NODE_ELEMENT ? new_element_below(parent, text)
+    XmlNode node = kind == KH_NODE_ELEMENT ? new_element_below(document, parent, text)
                                            : XmlNode(xmlNewDocText(parent->doc, to_xml(text)));
     const bool complete = node && (kind == KH_NODE_ELEMENT || node->content) && !call.out_of_memory();
     return complete ? std::move(node) : nullptr;
@@ -89,7 +97,7 @@ xmlNode* kh_tree_insert_node(long* fd, xmlNode* parent, xmlNode* before, long ki
     Document* document = document_with_root(op, fd);
     if (!document || !kh::check_insertion(op, *document, parent, before, kind, text) || !parent)
         return nullptr;
-    kh::XmlNode node = kh::new_node_below(parent, kind, text);
+    kh::XmlNode node = kh::new_node_below(*document, parent, kind, text);
     if (!node) {
         op.fail(KH_ERR_CREATE_NODE);
         return nullptr;
@@ -97,7 +105,10 @@ xmlNode* kh_tree_insert_node(long* fd, xmlNode* parent, xmlNode* before, long ki
     document->edited();
     if (before)
         document->child_index.inserted_before(before);
-    return kh::link(parent, before, *node.release());
+    xmlNode* inserted = kh::link(parent, before, *node.release());
+    if (kind == KH_NODE_ELEMENT && !std::strchr(text, ':'))
+        document->last_inserted = {inserted, inserted->ns};
+    return inserted;
 }
 
 long kh_tree_delete_node(long* fd, xmlNode* node, long* ierr)

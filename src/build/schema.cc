@@ -127,6 +127,7 @@ void detach_everything(Document& document, xmlNode* element) noexcept
         remove_attribute(element->properties);
     if (!element->nsDef)
         return;
+    document.last_inserted = {};
     xmlNs* last = element->nsDef;
     while (last->next)
         last = last->next;

@@ -73,10 +73,19 @@ struct Document : kh_document_slot {
     /// Namespace declarations that were taken off their element while others still refer to them.
     XmlNamespaces detached;
 
+    /// The element that was inserted last, and the default namespace there, so that whoever inserts one element
+    /// below the other need not climb to the root each time. Setting an attribute declares none.
+    struct DefaultNamespace {
+        const xmlNode* element = nullptr;
+        xmlNs* space = nullptr;
+    };
+    DefaultNamespace last_inserted;
+
     /// Nodes were added or are about to be removed: what a walk found before need not hold any more.
     void edited() noexcept
     {
         walked_count = 0;
+        last_inserted = {};
         value_edited();
     }
     /// A text is about to be another.

@@ -278,13 +278,26 @@ Parser new_parser() noexcept
     return parser;
 }
 
+/// As xmlParserInputBufferCreateMem, which loses its buffer where there is no memory for the bytes.
+xmlParserInputBuffer* new_input_buffer(const Input& source) noexcept
+{
+    xmlParserInputBuffer* buffer = xmlAllocParserInputBuffer(XML_CHAR_ENCODING_NONE);
+    if (!buffer)
+        return nullptr;
+    buffer->readcallback = [](void*, char*, int) { return 0; };
+    if (xmlParserInputBufferPush(buffer, source.size(), source.data()) == source.size())
+        return buffer;
+    xmlFreeParserInputBuffer(buffer);
+    return nullptr;
+}
+
 /// Gives the parser its input: a small file as a whole, which is fastest, any other piece by piece.
 bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcept
 {
     source.serve(parser);
     xmlParserInputBuffer* buffer =
         source.is_in_memory()
-            ? xmlParserInputBufferCreateMem(source.data(), source.size(), XML_CHAR_ENCODING_NONE)
+            ? new_input_buffer(source)
             : xmlParserInputBufferCreateIO(Input::read, nullptr, &source, XML_CHAR_ENCODING_NONE);
     if (!buffer)
         return false;

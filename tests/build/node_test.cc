@@ -72,6 +72,18 @@ TEST(InsertNode, IsFoundByPathsThatWereWalkedBefore)
     EXPECT_EQ(before.string() + after.string(), "21");
 }
 
+TEST(InsertNode, SeesTheDefaultNamespaceAsItIsNow)
+{
+    Document document("<p:r xmlns='u' xmlns:p='v'/>");
+    xmlNode* a = insert(&document.fd, document.root(), nullptr, KH_NODE_ELEMENT, "a", nullptr);
+    xmlNode* b = insert(&document.fd, a, nullptr, KH_NODE_ELEMENT, "b", nullptr);
+    EXPECT_STREQ(reinterpret_cast<const char*>(b->ns->href), "u");
+    const long everything = 2;
+    kh_tree_rewind(&document.fd, nullptr);
+    KH_Set_Schema(&document.fd, "Some_0102.XSD", &everything);
+    EXPECT_EQ(insert(&document.fd, b, nullptr, KH_NODE_ELEMENT, "c", nullptr)->ns, nullptr);
+}
+
 TEST(InsertNode, RefusesWhatMakesNoDocument)
 {
     Document document("<r><a/>text</r>"), other("<r/>");

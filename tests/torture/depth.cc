@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <kalv/file_handling.h>
+#include <kalv/node.h>
 #include <map>
 #include <pthread.h>
 
@@ -66,6 +68,18 @@ public:
     bool copy(const std::string& file)
     {
         return did([&] { kh_copy_node(&fd_, "/r", file.c_str(), ".", &status_); });
+    }
+    /// Levels one below the other. Children that are indented would take a million million blanks.
+    bool nest(std::size_t count)
+    {
+        xmlNode* node = global_current_status[fd_]->root;
+        for (std::size_t i = 0; node && i < count; ++i)
+            node = kh_tree_insert_node(&fd_, node, nullptr, KH_NODE_ELEMENT, "a", &status_);
+        return node;
+    }
+    bool save(const std::string& file)
+    {
+        return did([&] { kh_tree_save(&fd_, file.c_str(), &status_); });
     }
     bool write(const std::string& file)
     {
@@ -135,6 +149,11 @@ void run_levels(Run& run, const support::TemporaryFolder& folder, std::size_t co
     const std::string target = folder.path("target.xml");
     Document document;
     Document copy;
+    run.step("levels: build", [&] { return document.create() && document.nest(count); });
+    run.step("levels: save what was built", [&] { return document.save(target); });
+    run.step("levels: release what was built", [&] { return document.release(); });
+    run.step("levels: open what was built",
+             [&] { return document.open(target) && document.walk() == count && document.release(); });
     run.step("levels: open", [&] { return document.open(file); });
     run.step("levels: walk", [&] { return document.walk() == count - 1; });
     run.step("levels: path", [&] { return document.path(2 * count + 1) == repeated(count, "/a"); });
