@@ -56,8 +56,7 @@ long read_attribute(long* fd, const char* element, const char* attribute, TextTa
         return op.fail(KH_ERR_MEMORY);
     if (!document->requested_tag)
         return op.fail(KH_ERR_NO_REQUEST);
-    if (!is_element_named(document->current, document->requested_tag) &&
-        !TagSearch(*document).next())
+    if (!is_element_named(document->current, document->requested_tag) && !TagSearch(*document).next())
         return op.fail(KH_ERR_NOT_FOUND);
     const char* text = attribute_text(document->current, attribute, target.expanded(), op);
     if (op.failed())
