@@ -181,6 +181,9 @@ def test_load_tells_what_it_cannot_read_or_write(kh):
     assert kh("load", "dump.json", "/dev/full", code=4).err.startswith("/dev/full: No space left on device")
     assert kh("load", ".", "x.xml", code=3).err == ".: Is a directory\n"
     kh("load", "dump.json", code=2)
+    kh("load", "-n", "dump.json", "new.xml")
+    assert not kh.path("new.xml").exists()
+    kh("load", "-n", "none.json", "new.xml", code=3)
     kh("load", "-b", ".old", "dump.json", "other.xml")
     assert "2001" in kh.read("other.xml.old") and "1001" in kh.read("other.xml")
 

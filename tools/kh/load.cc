@@ -322,6 +322,7 @@ public:
               "form see kh dump. The file is replaced when the new one is complete. What was compressed is "
               "written plainly.")
     {
+        flag("-n,--dry-run", dry_run_, "find out whether it could be made, and write nothing");
         option("-b,--backup", "SUFFIX", &backup_, "keep the old file under its name with SUFFIX behind it");
         example("kh load product.json copy.xml", "a file from its dump");
     }
@@ -338,6 +339,8 @@ public:
         if (status != KH_OK)
             throw Failure(cannot_read, Place{source, 0, 0}, "does not describe an XML document");
         const Closing closing{fd};
+        if (dry_run_)
+            return done;
         keep_old(target, backup_);
         save_file(&fd, target, kh_tree_save);
         return done;
@@ -375,6 +378,7 @@ private:
     }
 
     std::string backup_;
+    bool dry_run_ = false;
 };
 
 } // namespace
