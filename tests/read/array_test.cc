@@ -435,3 +435,33 @@ TEST(ArrayByPath, OfARealFileIsWhatTheParserHolds)
         EXPECT_EQ(texts_of(document, path), expected);
     }
 }
+
+TEST(ArrayAtTheRoot, HoldsItsValueHoweverOftenItIsRead)
+{
+    support::Document document("<r a='1'>2</r>");
+    for (int i = 0; i < 500; ++i) {
+        for (const auto& [path, expected] : {std::pair{"/r[*]/@a", 1L}, {"/r[*]", 2L}}) {
+            long* values = nullptr;
+            long count = 0;
+            ASSERT_EQ(kh_tree_path_read_integer_node_array(&document.fd, path, &values, &count, nullptr),
+                      KH_OK);
+            ASSERT_EQ(std::vector<long>(values, values + count), std::vector<long>{expected});
+            free(values);
+        }
+    }
+}
+
+TEST(ArrayOfALongPath, HoldsEveryValue)
+{
+    const auto item = [](const std::string& value) {
+        return "<x><a><b><c><d><e f='" + value + "'>" + value + "</e></d></c></b></a></x>";
+    };
+    support::Document document("<r>" + item("1") + item("2") + item("3") + "</r>");
+    for (const char* path : {"/r/x[*]/a/b/c/d/e", "/r/x[*]/a/b/c/d/e/@f"}) {
+        long* values = nullptr;
+        long count = 0;
+        EXPECT_EQ(kh_tree_path_read_integer_node_array(&document.fd, path, &values, &count, nullptr), KH_OK);
+        EXPECT_EQ(std::vector<long>(values, values + count), (std::vector<long>{1, 2, 3})) << path;
+        free(values);
+    }
+}

@@ -271,4 +271,21 @@ TEST(FarChild, IsFoundAmongThoseAddedBehindAText)
               children(document.root(), "a")[15]);
 }
 
+TEST(FarPath, SkipsWhatIsNoElement)
+{
+    Document document("<!DOCTYPE R [<!ENTITY e '<b><c/></b>'>]><R>&e;</R>");
+    const xmlNode* declaration = document.root()->children->children;
+    ASSERT_EQ(kh_tree_go_to_node(&document.fd, declaration->children->children, &document.status), KH_OK);
+    EXPECT_EQ(document.path(), "/R/b/c");
+}
+
+TEST(BadPath, IsBadInItsStartBeforeItIsTooLong)
+{
+    Document document("<R/>");
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, (".x" + repeated(60, "/a")).c_str(), nullptr),
+              KH_ERR_ARGUMENT);
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/..x", nullptr), KH_ERR_NOT_FOUND);
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "..x", nullptr), KH_ERR_NOT_FOUND);
+}
+
 } // namespace
