@@ -49,7 +49,7 @@ abi abi-update: build
 	tools/compare_abi $(if $(findstring update,$@),--update) build/$(PRESET)
 
 package-test:
-	tools/install_packages debhelper doxygen lintian
+	tools/install_packages debhelper dh-python doxygen lintian pybind11-dev python3-dev python3-numpy
 	tests/package/packages . build/packages
 
 python-bench: build
