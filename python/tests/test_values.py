@@ -149,6 +149,17 @@ def test_arrays(xml):
         doc.values("/R/I[*]/V", dtype="no type")
 
 
+@pytest.mark.parametrize("dtype", [float, int, str, object])
+def test_arrays_of_what_has_no_values(doc, dtype):
+    expected = {
+        "None": kalv.Status.ERR_NOT_FOUND,
+        "Empty": kalv.Status.ERR_NO_VALUE,
+        "Mixed": kalv.Status.ERR_NOT_TERMINAL,
+    }
+    for name, code in expected.items():
+        assert code_of(lambda: doc.values(f"/R/{name}[*]", dtype)) == code
+
+
 def test_integers_that_do_not_fit_are_refused(xml):
     doc = xml("<R><A>1</A><A>300</A><A>-1</A></R>")
     assert doc.values("/R/A[*]", dtype="i2").tolist() == [1, 300, -1]
