@@ -119,6 +119,7 @@ private:
             append(new_reference(source), parent);
         } else if (entity && std::find(active_.begin(), active_.end(), entity) == active_.end()) {
             active_.push_back(entity);
+            references_.push_back(source);
             levels_.push_back({entity->children, parent, entity});
         }
     }
@@ -127,10 +128,12 @@ private:
     {
         const Level level = levels_.back();
         levels_.pop_back();
-        if (level.entity)
-            active_.pop_back(); // the text goes on behind the entity
-        else
+        if (level.entity) { // the text goes on behind the entity
+            active_.pop_back();
+            references_.pop_back();
+        } else {
             end_text(level.parent);
+        }
     }
 
     /// Texts that meet become one, as they will be when the file is read again.
@@ -163,13 +166,30 @@ private:
         if (copy->parent == fragment_.get())
             top_ = copy;
         for (const xmlNs* declaration = source->nsDef; declaration; declaration = declaration->next)
-            spaces_[declaration] = made(xmlNewNs(copy, declaration->href, declaration->prefix));
-        if (source->ns)
-            copy->ns = copied(source->ns);
+            if (declaration->href)
+                spaces_[declaration] = made(xmlNewNs(copy, declaration->href, declaration->prefix));
+        if (const xmlNs* space = namespace_of(source))
+            copy->ns = copied(space);
         for (const xmlAttr* attribute = source->properties; attribute; attribute = attribute->next) {
             xmlNs* space = attribute->ns ? copied(attribute->ns) : nullptr;
             copy_attribute_text(attribute, made(xmlNewNsProp(copy, space, attribute->name, nullptr)));
         }
+    }
+
+    /// The namespace of an element. libxml2 reads what an entity holds without the elements around the
+    /// reference. Of a namespace that only those declare it keeps a declaration without URI, and the namespace
+    /// is the one of its prefix at the reference.
+    const xmlNs* namespace_of(const xmlNode* element) const noexcept
+    {
+        const xmlNs* missing = element->ns ? nullptr : element->nsDef;
+        while (missing && missing->href)
+            missing = missing->next;
+        if (!missing)
+            return element->ns;
+        for (auto reference = references_.rbegin(); reference != references_.rend(); ++reference)
+            if (const xmlNs* found = search_namespace((*reference)->parent, missing->prefix))
+                return found;
+        return nullptr;
     }
 
     /// The copy of a namespace. One that is declared above the copied node is declared on top of the copy.
@@ -232,6 +252,7 @@ private:
     std::string text_;
     std::vector<Level> levels_;
     std::vector<const xmlEntity*> active_;
+    std::vector<const xmlNode*> references_; ///< to the active entities
     std::size_t from_entities_ = 0;
     std::unordered_map<const xmlNs*, xmlNs*> spaces_;
 };

@@ -275,4 +275,18 @@ TEST_F(CopyNode, LeavesOutEntitiesThatNobodyDeclares)
     EXPECT_EQ(in_memory(document), "<r><a x=\"12\">34</a></r>");
 }
 
+TEST_F(CopyNode, KeepsNamespacesThatAnEntityTakesFromAroundItsReference)
+{
+    const std::string source = "<!DOCTYPE s [<!ENTITY e \"<b/><p:c/>\">]>"
+                               "<s xmlns='urn:s' xmlns:p='urn:p'><a>&e;</a></s>";
+    Document document("<r/>");
+    EXPECT_EQ(copy(document, "/r", source, "/s/a").status, KH_OK);
+    EXPECT_EQ(in_memory(document), "<r><a xmlns=\"urn:s\" xmlns:p=\"urn:p\"><b/><p:c/></a></r>");
+    const xmlNode* b = document.slot()->root->children->children;
+    ASSERT_TRUE(b->ns && b->next->ns);
+    EXPECT_STREQ(reinterpret_cast<const char*>(b->ns->href), "urn:s");
+    EXPECT_STREQ(reinterpret_cast<const char*>(b->next->ns->href), "urn:p");
+    EXPECT_EQ(b->nsDef, nullptr);
+}
+
 } // namespace
