@@ -8,12 +8,13 @@
 #   make torture try to break the library; MINUTES=n for how long, MINUTES= for as long as all takes,
 #                PROGRAMS=threads for a part of it
 #   make fuzz    feed the library with what libFuzzer makes up; ARGS="1000000 paths": runs or seconds, targets
+#   make coverage  which lines and branches of the library run in tests and torture, and why the others do not
 #   make valgrind  run the tests under Valgrind; ARGS=--short for a minute
 #   make docs    the pages and the reference, in build/docs/html/index.html
 SHELL := /bin/sh
 PRESET ?= default
 
-.PHONY: demo test valgrind torture python-bench bench build setup docs abi abi-update package-test fuzz format clean
+.PHONY: demo test coverage valgrind torture python-bench bench build setup docs abi abi-update package-test fuzz format clean
 
 demo: build
 	cd build/$(PRESET)/examples && \
@@ -35,6 +36,12 @@ setup:
 MINUTES ?= 4
 torture:
 	tests/torture/run $(PRESET) '$(MINUTES)' $(PROGRAMS)
+
+coverage:
+	tools/install_packages clang llvm libclang-rt-dev
+	cmake --preset coverage
+	cmake --build --preset coverage --target all torture_locks torture_files torture_allocations
+	tools/measure_coverage build/coverage torture/torture_locks torture/torture_files torture/torture_allocations
 
 valgrind: build
 	tools/install_packages valgrind
