@@ -178,10 +178,14 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
     xmlNode* previous = document->current;
     document->current = inserted;
     // Beside a text, the indentation becomes part of that text.
-    if (insert(reference, indentation.get()) && !call.out_of_memory()) {
-        static_cast<void>(indentation.release());
+    const xmlNode* indented = insert(reference, indentation.get());
+    const bool is_linked = indented == indentation.get();
+    if (indented && (!is_linked || !call.out_of_memory()))
+        static_cast<void>(indentation.release()); // what became part of a text is freed, also without memory
+    if (indented && !call.out_of_memory())
         return kh::handle(inserted);
-    }
+    if (indentation)
+        xmlUnlinkNode(indentation.get());
     xmlUnlinkNode(inserted);
     document->current = previous;
     return op.fail(KH_ERR_ADD_SIBLING, "%s", kh::indentation_detail);
