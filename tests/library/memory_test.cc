@@ -17,14 +17,26 @@ thread_local bool fails_from_then_on = false;
 #ifndef KALV_SANITIZED // a sanitizer's own allocator would be bypassed
 extern "C" void* __libc_malloc(std::size_t size);
 
-extern "C" void* malloc(std::size_t size) noexcept
+extern "C" void* __libc_realloc(void* block, std::size_t size);
+
+static bool may_allocate()
 {
     if (calls_until_failure < 0 || --calls_until_failure >= 0)
-        return __libc_malloc(size);
+        return true;
     if (fails_from_then_on)
         calls_until_failure = 0;
     errno = ENOMEM;
-    return nullptr;
+    return false;
+}
+
+extern "C" void* malloc(std::size_t size) noexcept
+{
+    return may_allocate() ? __libc_malloc(size) : nullptr;
+}
+
+extern "C" void* realloc(void* block, std::size_t size) noexcept
+{
+    return may_allocate() ? __libc_realloc(block, size) : nullptr;
 }
 #endif
 
@@ -84,6 +96,25 @@ TEST_F(WithoutMemory, NeverLeavesAFileThatNoParserReads)
     for (const bool from_then_on : {false, true}) {
         expect_whole_files(kh_tree_write, from_then_on);
         expect_whole_files(kh_tree_save, from_then_on);
+    }
+}
+
+// The indentation of a sibling beside a text becomes part of that text, which takes memory.
+TEST_F(WithoutMemory, FreesTheIndentationOfASiblingOnce)
+{
+    for (const auto add : {kh_tree_add_next_sibling, kh_tree_add_previous_sibling}) {
+        long refused = 0;
+        long allocation = 0;
+        for (bool failed = true; failed; ++allocation) {
+            support::Document document("<r>text</r>");
+            long status = support::untouched;
+            failed = fails_at(allocation, false, [&] { add(&document.fd, "/r/any[0]", "b", &status); });
+            refused += status < 0;
+            const xmlNode* text = document.root()->children;
+            EXPECT_TRUE(status < 0 || text->next) << allocation;
+            ASSERT_LT(allocation, 100);
+        }
+        EXPECT_GT(refused, 2);
     }
 }
 
