@@ -98,7 +98,7 @@ int main()
     });
     count_paths("Item[i]/Value, long", "/Value", read_long);
     count_paths("Item[i]/Real, double", "/Real", read_double);
-    count_paths("Item[i]/@id, long", "/@id", read_long);
+    count_paths("`Item[i]/@id`, long", "/@id", read_long);
     count_array<long>("[*], long, a value", "/Root/List/Item[*]/Value", kh_tree_path_read_integer_node_array);
     count_array<double>("[*], double, a value", "/Root/List/Item[*]/Real", kh_tree_path_read_real_node_array);
     count_array<long>("array by name, long, a value", "Value", kh_tree_read_integer_element_array);
