@@ -63,14 +63,14 @@ python-bench: build
 	PYTHONPATH=build/$(PRESET)/python /usr/bin/python3 python/bench/compare.py \
 		--program build/$(PRESET)/python/bench/kalv_python_bench $(ARGS)
 
-BENCH := build/bench
+BENCH := build/$(PRESET)/bench
 bench:
-	tools/install_packages libbenchmark-dev libpugixml-dev libtinyxml2-dev
-	cmake -S . -B $(BENCH) -G Ninja -D KALV_BENCH=ON -D KALV_TOOLS=ON -D CMAKE_BUILD_TYPE=RelWithDebInfo
-	cmake --build $(BENCH)
-	$(BENCH)/bench/allocations
-	$(BENCH)/bench/compare $(ARGS)
-	$(BENCH)/bench/command $(BENCH)/tools/kh/kh $(if $(findstring quick,$(ARGS)),3,100)
+	tools/install_packages libbenchmark-dev libpugixml-dev libtinyxml2-dev valgrind
+	cmake --preset $(PRESET) -D KALV_BENCH=ON
+	cmake --build --preset $(PRESET) --target allocations command compare instructions kh
+	$(BENCH)/allocations
+	$(BENCH)/compare $(ARGS)
+	$(BENCH)/command build/$(PRESET)/tools/kh/kh $(if $(findstring quick,$(ARGS)),3,100)
 
 fuzz:
 	fuzz/run $(ARGS)

@@ -611,6 +611,8 @@ std::vector<Subject> methods()
         method<Text>("XmlFile::readMemory", {document_text},
                      [](File& file, const Text& data) { file.readMemory(data); }),
         method<>("XmlFile::toString", {}, [](File& file) { file.toString(); }),
+        method<>("XmlFile::getId", {}, [](File& file) { file.getId(); }),
+        method<>("XmlFile::getFileName", {}, [](File& file) { file.getFileName(); }),
         method<>("XmlFile::write", {}, [](File& file) { file.write(); }),
         method<Text>("XmlFile::write", {"target.xml"},
                      [](File& file, const Text& name) { file.write(name); }),
