@@ -167,7 +167,8 @@ std::size_t length_of_plain_index(std::string_view path, std::size_t start, long
     constexpr std::size_t most_digits = 9;
     std::size_t length = 0;
     number = 0;
-    for (; start + length < path.size() && path[start + length] >= '0' && path[start + length] <= '9';
+    for (; length <= most_digits && start + length < path.size() && path[start + length] >= '0' &&
+           path[start + length] <= '9';
          ++length)
         number = 10 * number + (path[start + length] - '0');
     const std::size_t end = start + length;
