@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <libxml/parser.h>
+#include <libxml/valid.h>
 #include <set>
 
 namespace fuzz {
@@ -28,6 +29,35 @@ void replace_all(std::string& text, const std::string& from, const std::string& 
 {
     for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
         text.replace(at, from.size(), to);
+}
+
+/// True where the internal subset gives an attribute a type other than CDATA.
+bool is_tokenized(const xmlNode* element, const std::string& name)
+{
+    xmlDtd* subset = element->doc ? element->doc->intSubset : nullptr;
+    if (!subset)
+        return false;
+    const std::string element_name = qualified(element->ns, element->name);
+    const std::size_t prefix_size = std::min(name.find(':'), name.size());
+    const bool has_prefix = prefix_size < name.size();
+    const std::string prefix = name.substr(0, prefix_size);
+    const std::string local_name = has_prefix ? name.substr(prefix_size + 1) : name;
+    const xmlAttribute* declared =
+        xmlGetDtdQAttrDesc(subset, BAD_CAST element_name.c_str(), BAD_CAST local_name.c_str(),
+                           has_prefix ? BAD_CAST prefix.c_str() : nullptr);
+    return declared && declared->atype != XML_ATTRIBUTE_CDATA;
+}
+
+/// Every parser takes the first and the last blanks away, and leaves one of those that meet.
+std::string normalized(const std::string& value)
+{
+    std::string text;
+    for (const char c : value)
+        if (c != ' ' || (!text.empty() && text.back() != ' '))
+            text += c;
+    if (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    return text;
 }
 
 class Outline {
@@ -91,7 +121,8 @@ private:
         std::string attributes;
         for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
             const std::string name = qualified(attribute->ns, attribute->name);
-            const std::string value = written_value_of(attribute);
+            const std::string written = written_value_of(attribute);
+            const std::string value = is_tokenized(node, name) ? normalized(written) : written;
             if (name == "xmlns" || name.compare(0, 6, "xmlns:") == 0)
                 declare(declarations, name, value);
             else

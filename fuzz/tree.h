@@ -46,7 +46,8 @@ std::string written_value_of(const xmlAttr* attribute);
 std::string without_references(std::string text);
 
 /// A document or an element with what is below it: what stays when it is written and read again. Texts that
-/// meet are one, declarations of namespaces have no order, and names are as they are written.
+/// meet are one, declarations of namespaces have no order, names are as they are written, and values of attributes
+/// that are declared as tokens have no blanks but those between tokens.
 std::string outline(const xmlDoc* document);
 std::string outline(const xmlNode* node);
 
