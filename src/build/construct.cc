@@ -1,6 +1,7 @@
 // Roots, children, siblings and attributes, and their removal. Nodes are made before the tree changes, so
 // that a failure changes nothing.
 #include "build/attribute.h"
+#include "build/content.h"
 #include "build/delete.h"
 #include "build/indentation.h"
 #include "build/validity.h"
@@ -9,6 +10,7 @@
 
 #include <kalv/build.h>
 #include <kalv/path.h>
+#include <utility>
 
 namespace kh {
 
@@ -57,6 +59,24 @@ XmlNode new_element(const ParserCall& call, xmlDoc* document, xmlNs* space, cons
     XmlNode element(xmlNewDocRawNode(document, space, to_xml(name), to_xml(content)));
     const bool complete = element && !call.out_of_memory() && (!content || element->children);
     return complete ? std::move(element) : nullptr;
+}
+
+XmlText joined(const xmlNode* text, const xmlChar* more, bool is_behind) noexcept
+{
+    return XmlText(is_behind ? xmlStrncatNew(text->content, more, -1)
+                             : xmlStrncatNew(more, text->content, -1));
+}
+
+/// What a text becomes when a node and its indentation are put beside it: texts that meet become one. It is
+/// made before the tree changes; libxml2 would lose the text where memory runs out over it. Without memory it
+/// is null, or lacks something.
+XmlText joined_text(const xmlNode* text, const xmlNode* added, const xmlNode* indentation,
+                    bool is_behind) noexcept
+{
+    if (added->type != XML_TEXT_NODE)
+        return joined(text, indentation->content, is_behind);
+    const XmlText both = joined(added, indentation->content, is_behind);
+    return both ? joined(text, both.get(), is_behind) : nullptr;
 }
 
 using Insert = xmlNode* (*)(xmlNode*, xmlNode*);
@@ -165,27 +185,37 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
     const ParserCall call;
     XmlNode indentation =
         kh::new_indentation(call, document->doc, 2 * distance_from_root(*document, reference));
-    if (!indentation)
+    const bool is_behind = insert == xmlAddNextSibling;
+    const bool is_beside_text = reference->type == XML_TEXT_NODE;
+    kh::XmlText text(indentation && is_beside_text
+                         ? kh::joined_text(reference, added, indentation.get(), is_behind)
+                         : nullptr);
+    if (!indentation || (is_beside_text && !text) || call.out_of_memory())
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
     document->edited();
-    if (insert == xmlAddNextSibling)
+    if (is_behind)
         document->child_index.inserted_behind(reference);
     else
         document->child_index.inserted_before(reference);
-    xmlNode* inserted = insert(reference, added);
+    const bool is_joined = text && added->type == XML_TEXT_NODE && added != reference;
+    xmlNode* inserted = is_joined ? reference : insert(reference, added);
     if (!inserted)
         return op.fail(KH_ERR_ADD_SIBLING);
     xmlNode* previous = document->current;
     document->current = inserted;
-    // Beside a text, the indentation becomes part of that text.
-    const xmlNode* indented = insert(reference, indentation.get());
-    const bool is_linked = indented == indentation.get();
-    if (indented && (!is_linked || !call.out_of_memory()))
-        static_cast<void>(indentation.release()); // what became part of a text is freed, also without memory
-    if (indented && !call.out_of_memory())
+    if (text) {
+        kh::replace_text(reference, std::move(text));
+        if (is_joined) {
+            xmlUnlinkNode(added);
+            xmlFreeNode(added);
+        }
         return kh::handle(inserted);
-    if (indentation)
-        xmlUnlinkNode(indentation.get());
+    }
+    if (insert(reference, indentation.get()) && !call.out_of_memory()) {
+        static_cast<void>(indentation.release());
+        return kh::handle(inserted);
+    }
+    xmlUnlinkNode(indentation.get());
     xmlUnlinkNode(inserted);
     document->current = previous;
     return op.fail(KH_ERR_ADD_SIBLING, "%s", kh::indentation_detail);

@@ -107,4 +107,10 @@ bool set_element_content(xmlNode* element, std::string_view text)
     return true;
 }
 
+void replace_text(xmlNode* text, XmlText content) noexcept
+{
+    xmlNodeSetContent(text, nullptr); // frees what was there, wherever libxml2 keeps it
+    text->content = content.release();
+}
+
 } // namespace kh

@@ -14,6 +14,9 @@ namespace kh {
 /// and nothing has changed
 bool set_element_content(xmlNode* element, std::string_view text);
 
+/// Replaces what a text consists of.
+void replace_text(xmlNode* text, XmlText content) noexcept;
+
 } // namespace kh
 
 #endif

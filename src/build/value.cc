@@ -44,8 +44,7 @@ bool set_text_content(xmlNode* node, const char* text) noexcept
     XmlText content(xmlStrdup(to_xml(text)));
     if (!content)
         return false;
-    xmlNodeSetContent(node, nullptr); // frees what was there, wherever libxml2 keeps it
-    node->content = content.release();
+    replace_text(node, std::move(content));
     return true;
 }
 

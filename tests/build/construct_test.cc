@@ -269,6 +269,15 @@ TEST_F(AddSiblingNode, RefusesTheRootAsReference)
     expect_still_the_callers();
 }
 
+TEST(AddSibling, RefusesATextBesideItself)
+{
+    Document document("<r>text<a/></r>");
+    xmlNode* text = document.root()->children;
+    EXPECT_EQ(outcome(document, kh_tree_add_sibling, text, text, xmlAddNextSibling),
+              failure(KH_ERR_ADD_SIBLING, "kh_tree_add_sibling"));
+    EXPECT_EQ(in_memory(document), "<r>text<a/></r>");
+}
+
 TEST_F(AddSiblingNode, RefusesMissingArguments)
 {
     const Outcome missing = missing_argument("kh_tree_add_sibling");
@@ -492,6 +501,21 @@ TEST(CreateRoot, PutsANewRootBehindTheDocumentType)
     ASSERT_EQ(status(document, kh_tree_create_root, "new"), KH_OK);
     EXPECT_TRUE(edit::read_plainly(document.written()));
     EXPECT_NE(document.written().find("]>\n<new>"), std::string::npos) << document.written();
+}
+
+TEST(AddSibling, MakesOneTextOfThoseThatMeet)
+{
+    for (const auto& [insert, expected] :
+         {std::pair{xmlAddNextSibling, "one two\n  "}, {xmlAddPrevSibling, "\n  two one"}}) {
+        Document document("<r>one<a/></r>");
+        xmlNode* text = document.root()->children;
+        const bool is_behind = insert == xmlAddNextSibling;
+        xmlNode* added = xmlNewDocText(document.slot()->doc, BAD_CAST(is_behind ? " two" : "two "));
+        EXPECT_EQ(outcome(document, kh_tree_add_sibling, text, added, insert), success);
+        EXPECT_EQ(document.current(), text);
+        EXPECT_STREQ(reinterpret_cast<const char*>(text->content), expected);
+        EXPECT_EQ(text->next, document.root()->last);
+    }
 }
 
 TEST(AddSibling, TakesAReferenceThatStandsNowhere)

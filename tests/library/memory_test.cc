@@ -99,22 +99,37 @@ TEST_F(WithoutMemory, NeverLeavesAFileThatNoParserReads)
     }
 }
 
-// The indentation of a sibling beside a text becomes part of that text, which takes memory.
-TEST_F(WithoutMemory, FreesTheIndentationOfASiblingOnce)
+/// Puts a node beside a text, with each allocation failing in turn. \return how often that was refused
+long refused_beside_text(bool is_text, decltype(xmlAddNextSibling)* insert, bool from_then_on)
 {
-    for (const auto add : {kh_tree_add_next_sibling, kh_tree_add_previous_sibling}) {
-        long refused = 0;
-        long allocation = 0;
-        for (bool failed = true; failed; ++allocation) {
-            support::Document document("<r>text</r>");
-            long status = support::untouched;
-            failed = fails_at(allocation, false, [&] { add(&document.fd, "/r/any[0]", "b", &status); });
-            refused += status < 0;
-            const xmlNode* text = document.root()->children;
-            EXPECT_TRUE(status < 0 || text->next) << allocation;
-            ASSERT_LT(allocation, 100);
+    const char* before = "<?xml version=\"1.0\"?>\n<r>text</r>\n";
+    long refused = 0;
+    long status = KH_ERR_MEMORY;
+    for (long allocation = 0; status < 0 && allocation < 100; ++allocation) {
+        support::Document document("<r>text</r>");
+        xmlNode* text = document.root()->children;
+        xmlNode* added = is_text ? xmlNewDocText(document.slot()->doc, BAD_CAST "more")
+                                 : xmlNewDocNode(document.slot()->doc, nullptr, BAD_CAST "b", nullptr);
+        fails_at(allocation, from_then_on,
+                 [&] { kh_tree_add_sibling(&document.fd, text, added, insert, &status); });
+        EXPECT_EQ(document.written() == before, status < 0) << allocation;
+        if (status < 0) {
+            xmlFreeNode(added);
+            ++refused;
         }
-        EXPECT_GT(refused, 2);
+    }
+    EXPECT_EQ(status, KH_OK);
+    return refused;
+}
+
+// What is put beside a text becomes part of it where it is text, as its indentation is. That takes memory.
+TEST_F(WithoutMemory, KeepsTheTextBesideWhichASiblingIsRefused)
+{
+    for (const bool from_then_on : {false, true}) {
+        for (const auto insert : {xmlAddNextSibling, xmlAddPrevSibling}) {
+            EXPECT_EQ(refused_beside_text(false, insert, from_then_on), 3);
+            EXPECT_EQ(refused_beside_text(true, insert, from_then_on), 4);
+        }
     }
 }
 
