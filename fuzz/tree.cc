@@ -62,6 +62,8 @@ std::string normalized(const std::string& value)
 
 class Outline {
 public:
+    explicit Outline(bool is_read_again) : is_read_again_(is_read_again) {}
+
     void level(const xmlNode* first)
     {
         for (const xmlNode* node = first; node; node = node->next)
@@ -122,7 +124,8 @@ private:
         for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
             const std::string name = qualified(attribute->ns, attribute->name);
             const std::string written = written_value_of(attribute);
-            const std::string value = is_tokenized(node, name) ? normalized(written) : written;
+            const std::string value =
+                is_read_again_ && is_tokenized(node, name) ? normalized(written) : written;
             if (name == "xmlns" || name.compare(0, 6, "xmlns:") == 0)
                 declare(declarations, name, value);
             else
@@ -142,6 +145,7 @@ private:
             declarations.insert(" " + name + "='" + without_references(uri) + "'");
     }
 
+    bool is_read_again_;
     std::string text_;
     xmlElementType kind_of_text_ = XML_TEXT_NODE;
 };
@@ -223,20 +227,23 @@ std::string written_value_of(const xmlAttr* attribute)
 std::string without_references(std::string text)
 {
     replace_all(text, "&#60;", "<");
+    replace_all(text, "&#9;", "\t");
+    replace_all(text, "&#10;", "\n");
+    replace_all(text, "&#13;", "\r");
     replace_all(text, "&#38;", "&");
     return text;
 }
 
 std::string outline(const xmlDoc* document)
 {
-    Outline outline;
+    Outline outline(true);
     outline.level(document->children);
     return std::move(outline.result);
 }
 
 std::string outline(const xmlNode* node)
 {
-    Outline outline;
+    Outline outline(false);
     outline.one(node);
     return std::move(outline.result);
 }

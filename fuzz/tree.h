@@ -42,13 +42,14 @@ const xmlAttr* attribute_of(const xmlNode* element, const std::string& name);
 /// The texts and references that an attribute's value is made of.
 std::string written_value_of(const xmlAttr* attribute);
 
-/// In an open document "<" and "&" stand as references in the URIs of declarations; libxml2 is not consistent there.
+/// In an open document some characters stand as references in the URIs of declarations; libxml2 is not consistent there.
 std::string without_references(std::string text);
 
-/// A document or an element with what is below it: what stays when it is written and read again. Texts that
-/// meet are one, declarations of namespaces have no order, names are as they are written, and values of attributes
-/// that are declared as tokens have no blanks but those between tokens.
+/// A document: what stays when it is written and read again. Texts that meet are one, declarations of namespaces have
+/// no order, names are as they are written, and attributes that are declared as tokens have no blanks but those between
+/// the tokens.
 std::string outline(const xmlDoc* document);
+/// An element with what is below it, which may move to another document: the same but for the tokens.
 std::string outline(const xmlNode* node);
 
 } // namespace fuzz

@@ -53,8 +53,9 @@ KH_EXPORT long kh_node_describe(const struct _xmlNode* node, kh_node* descriptio
 typedef struct kh_attribute {
     const char* prefix; /**< The namespace prefix, or empty; "xmlns" for the declaration of a prefix. */
     const char* name;   /**< The name without prefix; "xmlns" for the declaration of the default namespace. */
-    const char* value;  /**< The value of a declaration, in which an ampersand stands as `&#38;` and a "<"
-                             as `&#60;`, or of an attribute without references; null for one with
+    const char* value;  /**< The value of a declaration, in which an ampersand stands as `&#38;`, and what
+                             was set or has been written also has references for "<", tabs and line
+                             breaks; or of an attribute without references; null for one with
                              references to entities. */
     struct _xmlNode* first_child;    /**< The first text or reference of an attribute's value; null for an
                                           empty one and for a declaration. */

@@ -1,6 +1,7 @@
 #include "build/attribute.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -46,23 +47,33 @@ xmlAttr* attribute_in(const xmlNode* element, const xmlNs& space, const xmlChar*
     return attribute;
 }
 
-/// A URI as libxml2 keeps it in declarations, which it writes without escaping anything.
+/// What libxml2 writes in the URI of a declaration as it stands, though no parser reads it so: a "<" not at all, and
+/// a tab or a line break as a blank.
+constexpr const char* misread_in_uri = "<\t\n\r";
+/// The same for a URI that has not been parsed, in which an ampersand stands for itself.
+constexpr const char* special_in_uri = "&<\t\n\r";
+
+/// A URI with references in place of some characters.
 XmlText escaped_uri(std::string_view uri, std::string_view special) noexcept
 {
     const auto is_special = [special](char c) { return special.find(c) != std::string_view::npos; };
     const auto escapes = std::count_if(uri.begin(), uri.end(), is_special);
-    constexpr std::string_view ampersand = "&#38;";
-    constexpr std::string_view less = "&#60;";
-    const std::size_t size = uri.size() + static_cast<std::size_t>(escapes) * (ampersand.size() - 1);
+    constexpr std::size_t longest = std::string_view("&#38;").size();
+    const std::size_t size = uri.size() + static_cast<std::size_t>(escapes) * (longest - 1);
     XmlText text(static_cast<xmlChar*>(xmlMalloc(size + 1)));
     if (!text)
         return nullptr;
     char* end = reinterpret_cast<char*>(text.get());
-    for (const char& c : uri)
-        end += (!is_special(c) ? std::string_view(&c, 1)
-                : c == '&'     ? ampersand
-                               : less)
-                   .copy(end, ampersand.size());
+    for (const char c : uri) {
+        if (is_special(c)) {
+            *end++ = '&';
+            *end++ = '#';
+            end = std::to_chars(end, end + 2, static_cast<int>(c)).ptr;
+            *end++ = ';';
+        } else {
+            *end++ = c;
+        }
+    }
     *end = '\0';
     return text;
 }
@@ -111,7 +122,7 @@ bool escape_declarations(const xmlNode* element) noexcept
 {
     for (xmlNs* declaration = element->nsDef; declaration; declaration = declaration->next) {
         const char* uri = declaration->href ? from_xml(declaration->href) : "";
-        if (std::strchr(uri, '<') && !replace_uri(declaration, escaped_uri(uri, "<")))
+        if (std::strpbrk(uri, misread_in_uri) && !replace_uri(declaration, escaped_uri(uri, misread_in_uri)))
             return false;
     }
     return true;
@@ -120,7 +131,7 @@ bool escape_declarations(const xmlNode* element) noexcept
 bool NewValue::make_uri(xmlNs* declaration, const char* uri) noexcept
 {
     declaration_ = declaration;
-    uri_ = escaped_uri(uri, "&<");
+    uri_ = escaped_uri(uri, special_in_uri);
     return uri_ != nullptr;
 }
 

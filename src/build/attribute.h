@@ -53,8 +53,9 @@ private:
 /// \return false when memory runs out, and nothing has changed
 bool set_attribute(xmlNode* element, const char* name, const char* value) noexcept;
 
-/// Makes the namespace URIs that an element declares fit to be written: the parser leaves a "<" in them, and the
-/// serialiser writes it as it stands, which no parser reads. \return false when memory runs out
+/// Makes the namespace URIs that an element declares fit to be written: the parser leaves a "<", a tab or a line break
+/// in them, and the serialiser writes it as it stands, which no parser reads as the same. \return false when memory
+/// runs out
 bool escape_declarations(const xmlNode* element) noexcept;
 
 /// Takes an attribute off its element and frees it. \return false when it is not one of that element's

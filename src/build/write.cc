@@ -34,7 +34,8 @@ bool prepare(const xmlNode* node, Operation& op) noexcept
     return !op.failed();
 }
 
-/// Escapes what makes a file that no parser reads. \return false when memory ran out before everything was done
+/// Escapes what no parser reads, or reads as something else. \return false when memory ran out before everything
+/// was done
 bool escape_all(const xmlNode* root) noexcept
 {
     const xmlNode* const end = next_node_beside(root);

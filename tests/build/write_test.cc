@@ -494,6 +494,16 @@ TEST(Write, EscapesWhatTheParserLeavesInADeclaration)
     EXPECT_EQ(content_of(folder.path("kept.xml")), "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#60;b\"/>\n");
 }
 
+TEST(Write, EscapesTabsAndLineBreaksInADeclaration)
+{
+    Document document("<r xmlns='a&#9;b'><p:s xmlns:p='c'/></r>");
+    kh_tree_set_text(&document.fd, "/r/s/@xmlns:p", "\t\n\r", &document.status);
+    const std::string bytes = document.written();
+    EXPECT_EQ(bytes,
+              "<?xml version=\"1.0\"?>\n<r xmlns=\"a&#9;b\"><p:s xmlns:p=\"&#9;&#10;&#13;\"/>\n</r>\n");
+    EXPECT_EQ(Document(bytes).written(), bytes);
+}
+
 TEST_F(Replace, HoldsNamesOfAnyLengthAgainstTheEncoding)
 {
     const std::string name(1000, 'n');
