@@ -8,6 +8,15 @@
 
 namespace fuzz {
 
+namespace {
+
+void show(const std::string& first, const std::string& second)
+{
+    std::fprintf(stderr, "---\n%s\n---\n%s\n---\n", first.c_str(), second.c_str());
+}
+
+} // namespace
+
 Document::Document()
 {
     const torture::memory::Inside inside;
@@ -42,6 +51,14 @@ std::string Document::described() const
         is_inside = is_inside || node == reinterpret_cast<const xmlNode*>(slot().doc);
     check(is_inside, "the cursor stands in the document");
     return text;
+}
+
+void Document::check_unchanged(long status, const std::string& before) const
+{
+    if (status >= KH_OK || known_ == before)
+        return;
+    show(before, known_);
+    check(false, "an error leaves the document as it was");
 }
 
 std::string Document::written()
@@ -114,11 +131,6 @@ namespace {
 bool is_unicode(const xmlDoc* document)
 {
     return !document->encoding || xmlStrcasecmp(document->encoding, BAD_CAST "UTF-8") == 0;
-}
-
-void show(const std::string& first, const std::string& second)
-{
-    std::fprintf(stderr, "---\n%s\n---\n%s\n---\n", first.c_str(), second.c_str());
 }
 
 /// A text that an edit left without a character.
