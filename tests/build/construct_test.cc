@@ -505,8 +505,11 @@ TEST(CreateRoot, PutsANewRootBehindTheDocumentType)
 
 TEST(AddSibling, MakesOneTextOfThoseThatMeet)
 {
-    for (const auto& [insert, expected] :
-         {std::pair{xmlAddNextSibling, "one two\n  "}, {xmlAddPrevSibling, "\n  two one"}}) {
+    const struct {
+        decltype(xmlAddNextSibling)* insert;
+        const char* expected;
+    } joined[] = {{xmlAddNextSibling, "one two\n  "}, {xmlAddPrevSibling, "\n  two one"}};
+    for (const auto& [insert, expected] : joined) {
         Document document("<r>one<a/></r>");
         xmlNode* text = document.root()->children;
         const bool is_behind = insert == xmlAddNextSibling;

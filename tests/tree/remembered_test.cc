@@ -279,6 +279,101 @@ TEST(FarPath, SkipsWhatIsNoElement)
     EXPECT_EQ(document.path(), "/R/b/c");
 }
 
+/// A document of which so much has been read that the library keeps an index of its elements.
+class MuchReadDocument : public testing::Test {
+protected:
+    MuchReadDocument()
+    {
+        for (int time = 0; time < 4; ++time)
+            values_named("i");
+    }
+
+    using Values = std::vector<long>;
+    Values values_named(const char* name) { return values(kh_tree_read_integer_element_array, name); }
+    Values values_at(const char* path) { return values(kh_tree_path_read_integer_node_array, path); }
+    long value_at(const std::string& path)
+    {
+        long value = -1;
+        kh_tree_path_read_integer_node_value(&document.fd, path.c_str(), &value, &document.status);
+        return document.status == KH_OK ? value : document.status;
+    }
+
+    static std::string elements(const char* name, int from, int to)
+    {
+        std::string text;
+        for (int i = from; i < to; ++i)
+            text += "<" + std::string(name) + ">" + std::to_string(i) + "</" + name + ">";
+        return text;
+    }
+    static Values numbers(long from, long to)
+    {
+        Values expected;
+        for (; from < to; ++from)
+            expected.push_back(from);
+        return expected;
+    }
+
+    static constexpr int depth = 80;
+    Document document{"<R>" + elements("i", 0, 400) + "<L>" + elements("a", 1, 30) + elements("b", 1, 30) +
+                      elements("c", 1, 3) + "</L>" + repeated(depth, "<n>") + elements("i", 400, 500) +
+                      elements("d", 1, 10) + repeated(depth, "</n>") + "</R>"};
+
+private:
+    template <class Read>
+    Values values(Read* read, const char* where)
+    {
+        long* found = nullptr;
+        long count = 0;
+        read(&document.fd, where, &found, &count, &document.status);
+        EXPECT_EQ(document.status, KH_OK) << where;
+        const Values result(found, found + count);
+        std::free(found);
+        return result;
+    }
+};
+
+TEST_F(MuchReadDocument, HasItsArraysBehindManySiblings)
+{
+    EXPECT_EQ(values_at("/R/L/a[*]"), numbers(1, 30));
+    EXPECT_EQ(values_at("/R/i[*]"), numbers(0, 400));
+}
+
+TEST_F(MuchReadDocument, HasItsArraysBelowManyLevels)
+{
+    document.slot()->current = support::node_of(document, "//d[1]")->parent;
+    EXPECT_EQ(values_at("d[*]"), numbers(1, 10));
+}
+
+TEST_F(MuchReadDocument, IsSearchedFromBelowManyLevels)
+{
+    document.slot()->current = support::node_of(document, "//d[1]")->parent;
+    ASSERT_EQ(kh_tree_go_to_element_node(&document.fd, "d", &document.status), KH_OK);
+    EXPECT_EQ(document.current(), support::node_of(document, "//d[1]"));
+}
+
+TEST_F(MuchReadDocument, HasFarChildrenOfSeveralNamesInTurn)
+{
+    for (int i = 1; i < 30; ++i) {
+        const std::string index = "[" + std::to_string(i) + "]";
+        EXPECT_EQ(value_at("/R/L/a" + index), i);
+        EXPECT_EQ(value_at("/R/L/b" + index), i);
+    }
+    for (const char* name : {"a", "b", "a", "b"}) {
+        for (int i = 20; i < 30; ++i)
+            EXPECT_EQ(value_at("/R/L/" + std::string(name) + "[" + std::to_string(i) + "]"), i);
+    }
+}
+
+TEST_F(MuchReadDocument, LacksTheChildBehindTheLast)
+{
+    for (int i = 1; i < 3; ++i)
+        EXPECT_EQ(value_at("/R/L/c[" + std::to_string(i) + "]"), i);
+    EXPECT_EQ(value_at("/R/L/c[3]"), KH_ERR_NOT_FOUND);
+    for (int i = 20; i < 30; ++i)
+        EXPECT_EQ(value_at("/R/L/a[" + std::to_string(i) + "]"), i);
+    EXPECT_EQ(value_at("/R/L/a[30]"), KH_ERR_NOT_FOUND);
+}
+
 TEST(BadPath, IsBadInItsStartBeforeItIsTooLong)
 {
     Document document("<R/>");
