@@ -6,7 +6,6 @@
 #include <kalv/product.h>
 #include <kalv/version.h>
 #include <new>
-#include <pthread.h>
 #include <pybind11/numpy.h>
 
 namespace kalv_python {
@@ -28,23 +27,6 @@ void keep_libxml2_alive()
 void find_numpy()
 {
     static_cast<void>(py::dtype::of<double>());
-}
-
-void lock_table()
-{
-    pthread_mutex_lock(&parser_mutex);
-}
-
-void unlock_table()
-{
-    pthread_mutex_unlock(&parser_mutex);
-}
-
-/// A child of this process has one thread, which would wait for ever for a lock that another one held.
-void keep_table_unlocked_in_children()
-{
-    if (pthread_atfork(lock_table, unlock_table, unlock_table) != 0)
-        throw std::bad_alloc();
 }
 
 std::string compose(long satellite, Text file_class, Text file_type, Text instance, long extension)
@@ -75,7 +57,6 @@ PYBIND11_MODULE(_core, module)
 {
     define_status(module);
     keep_libxml2_alive();
-    keep_table_unlocked_in_children();
     find_numpy();
 
     module.attr("__version__") = version();

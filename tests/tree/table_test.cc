@@ -10,6 +10,7 @@
 #include <set>
 #include <sys/single_threaded.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -691,6 +692,57 @@ TEST_P(FunctionOfADocument, ToleratesANullStatus)
 
 INSTANTIATE_TEST_SUITE_P(Every, FunctionOfADocument, testing::ValuesIn(functions),
                          [](const auto& function) { return std::string(function.param.name); });
+
+/// Forks. \return what the child makes of a body, or the signal that ended it after ten seconds
+int status_of_child(const std::function<bool()>& body)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        _exit(body() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+bool opens_and_releases()
+{
+    long status = untouched;
+    long fd = kh_tree_create(&status);
+    return status == KH_OK && kh_tree_cleanup_parser(&fd, &status) == KH_OK;
+}
+
+TEST(Fork, WaitsForTheLockThatAnotherThreadHolds)
+{
+    const Document kept; // libxml2 stays as it is while there are documents
+    std::promise<void> locked;
+    std::thread other([&] {
+        pthread_mutex_lock(&parser_mutex);
+        locked.set_value();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        pthread_mutex_unlock(&parser_mutex);
+    });
+    locked.get_future().wait();
+    EXPECT_EQ(status_of_child(opens_and_releases), 0);
+    other.join();
+    EXPECT_TRUE(opens_and_releases());
+}
+
+TEST(Fork, LeavesALockToTheThreadThatHoldsIt)
+{
+    const Document kept;
+    pthread_mutex_lock(&parser_mutex);
+    EXPECT_EQ(status_of_child([] {
+                  const bool was_locked = pthread_mutex_trylock(&parser_mutex) != 0;
+                  pthread_mutex_unlock(&parser_mutex);
+                  return was_locked && opens_and_releases();
+              }),
+              0);
+    EXPECT_NE(pthread_mutex_trylock(&parser_mutex), 0);
+    pthread_mutex_unlock(&parser_mutex);
+    EXPECT_TRUE(opens_and_releases());
+}
 
 TEST(FunctionWithoutAStatus, GivesNullOrZeroForABadDescriptor)
 {
