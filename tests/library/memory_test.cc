@@ -4,8 +4,13 @@
 #include "support/plain.h"
 #include "support/sanitized.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <sys/mman.h>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -37,6 +42,20 @@ extern "C" void* malloc(std::size_t size) noexcept
 extern "C" void* realloc(void* block, std::size_t size) noexcept
 {
     return may_allocate() ? __libc_realloc(block, size) : nullptr;
+}
+
+// The index of elements lies in mappings of its own.
+extern "C" void* mmap(void* start, std::size_t size, int protection, int flags, int fd, off_t offset) noexcept
+{
+    return may_allocate()
+               ? reinterpret_cast<void*>(syscall(SYS_mmap, start, size, protection, flags, fd, offset))
+               : MAP_FAILED;
+}
+
+extern "C" void* mremap(void* block, std::size_t old_size, std::size_t size, int flags, ...) noexcept
+{
+    return may_allocate() ? reinterpret_cast<void*>(syscall(SYS_mremap, block, old_size, size, flags))
+                          : MAP_FAILED;
 }
 #endif
 
@@ -131,6 +150,88 @@ TEST_F(WithoutMemory, KeepsTheTextBesideWhichASiblingIsRefused)
             EXPECT_EQ(refused_beside_text(true, insert, from_then_on), 4);
         }
     }
+}
+
+/// The numbers of an array, read without an allocation of the test's own.
+class Numbers {
+public:
+    Numbers(support::Document& document, const char* path)
+    {
+        kh_tree_path_read_integer_node_array(&document.fd, path, &values_, &count_, &status);
+    }
+    ~Numbers() { std::free(values_); }
+    Numbers(const Numbers&) = delete;
+    Numbers& operator=(const Numbers&) = delete;
+    bool are(const std::vector<long>& expected) const
+    {
+        return status == KH_OK && std::equal(values_, values_ + count_, expected.begin(), expected.end());
+    }
+
+    long status = support::untouched;
+
+private:
+    long* values_ = nullptr;
+    long count_ = 0;
+};
+
+// The second time, an index of all elements is made, which is as good as none.
+TEST_F(WithoutMemory, ReadsElementsWithoutTheirIndex)
+{
+    std::string text = "<r>";
+    std::vector<long> expected;
+    for (long i = 0; i < 600; ++i) {
+        text += "<i>" + std::to_string(i) + "</i>";
+        expected.push_back(i);
+    }
+    text += "</r>";
+    const char* path = "/r/i[*]";
+    for (const bool from_then_on : {false, true}) {
+        long refused = 0;
+        long read = 0;
+        bool failed = true;
+        for (long allocation = 0; failed && allocation < 200; ++allocation) {
+            support::Document document(text);
+            EXPECT_TRUE(Numbers(document, path).are(expected));
+            long status = support::untouched;
+            bool is_right = false;
+            failed = fails_at(allocation, from_then_on, [&] {
+                const Numbers numbers(document, path);
+                status = numbers.status;
+                is_right = numbers.are(expected);
+            });
+            failed = from_then_on ? status != KH_OK : failed;
+            EXPECT_TRUE(is_right || status == KH_ERR_MEMORY) << allocation;
+            ++(is_right ? read : refused);
+            EXPECT_TRUE(Numbers(document, path).are(expected)) << allocation;
+        }
+        EXPECT_GT(refused, 2);
+        EXPECT_GT(read, from_then_on ? 0 : 2);
+    }
+}
+
+TEST_F(WithoutMemory, TakesAPathApartAnewThatHasAnotherIndex)
+{
+    std::string text = "<r><l>";
+    for (int i = 1; i <= 2000; ++i)
+        text += "<i>" + std::to_string(i) + "</i>";
+    support::Document document(text + "</l></r>");
+    long refused = 0;
+    long index = 1;
+    for (long allocation = 0; allocation < 12; ++allocation) {
+        // Longer and longer, so that the path outgrows its room.
+        index = index % 1111 + 1;
+        for (const long next : {index, index + 9, index + 99, index + 888}) {
+            const std::string path = "/r/././././././././././././l/i[" + std::to_string(next) + "]";
+            long value = -1;
+            long status = support::untouched;
+            fails_at(allocation, false, [&] {
+                kh_tree_path_read_integer_node_value(&document.fd, path.c_str(), &value, &status);
+            });
+            EXPECT_TRUE(status == KH_ERR_MEMORY || (status == KH_OK && value == next)) << path;
+            refused += status != KH_OK;
+        }
+    }
+    EXPECT_GT(refused, 0);
 }
 
 TEST_F(WithoutMemory, ReportsAllTheSameAndKeepsNoLastReport)
