@@ -29,6 +29,7 @@ bool indent_closing_tag(const ParserCall& call, xmlNode* last_child, long depth,
 /// What is to be done at each node before what is below it.
 bool prepare(const xmlNode* node, Operation& op) noexcept
 {
+    fetch_behind(node);
     if (is_element(node) && node->nsDef && !escape_declarations(node))
         op.fail(KH_ERR_MEMORY);
     return !op.failed();

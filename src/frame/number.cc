@@ -14,9 +14,14 @@ bool is_space(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
+/// 10 or more for what is no digit.
+unsigned digit_value(char c)
+{
+    return static_cast<unsigned char>(c) - unsigned{'0'};
+}
 bool is_digit(char c)
 {
-    return c >= '0' && c <= '9';
+    return digit_value(c) < 10;
 }
 
 const char* skip_spaces(const char* text)
@@ -53,8 +58,8 @@ Parsed<long> parse_integer(const char* text) noexcept
     // No overflow is possible within eighteen digits, and few numbers have more.
     const char* const first = digit;
     unsigned long magnitude = 0;
-    for (; is_digit(*digit); ++digit)
-        magnitude = 10 * magnitude + static_cast<unsigned long>(*digit - '0');
+    for (unsigned value; (value = digit_value(*digit)) < 10; ++digit)
+        magnitude = 10 * magnitude + value;
     if (digit - first <= 18) {
         const auto value = static_cast<long>(magnitude);
         return {negative ? -value : value, true};

@@ -10,6 +10,27 @@ namespace kh {
 
 namespace {
 
+/// The node that a path leads to; null, with a report, where there is none.
+const xmlNode* follow(long* fd, Document& document, const char* path, Operation& op) noexcept
+{
+    chop_path(document, path, op.error_vector());
+    if (op.failed()) {
+        op.pass_on();
+        return nullptr;
+    }
+    // Reported, and then read all the same with the index that the array node has: callers rely on it.
+    if (has_array_node(document))
+        op.fail(KH_ERR_ARGUMENT, ". Bad path for : %s", path);
+    const xmlNode* node = go_to_stack_node(fd, document, op.error_vector());
+    if (op.failed()) {
+        op.pass_on();
+        return nullptr;
+    }
+    if (!node)
+        op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
+    return node;
+}
+
 /// The text read that all variants share. It reports under a name that is not the text variant's own: callers
 /// compare these reports.
 long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept
@@ -23,17 +44,11 @@ long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexc
     if (!path)
         return op.fail(KH_ERR_NO_REQUEST);
     target.replace_previous();
-    chop_path(*document, path, op.error_vector());
-    if (op.failed())
-        return op.pass_on();
-    // Reported, and then read all the same with the index that the array node has: callers rely on it.
-    if (has_array_node(*document))
-        op.fail(KH_ERR_ARGUMENT, ". Bad path for : %s", path);
-    const xmlNode* node = go_to_stack_node(fd, *document, op.error_vector());
-    if (op.failed())
-        return op.pass_on();
+    const xmlNode* node = go_to_known_node(fd, *document, path, op);
     if (!node)
-        return op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
+        node = follow(fd, *document, path, op);
+    if (!node)
+        return op.status();
     const char* text = text_at_path_end(*document, node, path, op);
     if (op.status() == KH_ERR_NO_VALUE && !target.take_nothing())
         return op.fail(KH_ERR_MEMORY);

@@ -30,9 +30,14 @@ bool may_be_within(const xmlNode* node, const xmlNode* other) noexcept
 
 void ChildIndex::List::extend(std::size_t size)
 {
+    NameMatch matches(name_.c_str());
+    FetchAhead ahead;
     const xmlNode* element = next_element(scanned_ ? scanned_->next : first_child(parent_));
     for (; element && nodes_.size() < size; element = next_element(element->next)) {
-        if (is_named(element, name_.c_str()))
+        ahead.reached(element);
+        ahead.fetch_node(element);
+        ahead.fetch_node(element->next);
+        if (matches(element))
             nodes_.push_back(const_cast<xmlNode*>(element));
         scanned_ = element;
     }

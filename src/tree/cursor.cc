@@ -126,11 +126,6 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
     return child;
 }
 
-bool ends_with_attribute(const Document& document) noexcept
-{
-    return document.stack_count > 0 && *document.stack_name[document.stack_count - 1] == '@';
-}
-
 xmlAttr* attribute_named(const xmlNode* node, const char* name) noexcept
 {
     xmlAttr* attribute = first_attribute(node);

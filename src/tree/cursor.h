@@ -53,7 +53,10 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
 xmlAttr* attribute_named(const xmlNode* node, const char* name) noexcept;
 
 /// True when the last path names an attribute, which walks leave to their callers.
-bool ends_with_attribute(const Document& document) noexcept;
+inline bool ends_with_attribute(const Document& document) noexcept
+{
+    return document.stack_count > 0 && *document.stack_name[document.stack_count - 1] == '@';
+}
 
 /// Steps from a node up to the root, or to the top where the root is not above it.
 long distance_from_root(const Document& document, const xmlNode* node) noexcept;

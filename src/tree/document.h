@@ -61,6 +61,7 @@ struct Document : kh_document_slot {
 
     /// True when the path on the stack differs in one index alone from the one before.
     bool in_a_loop = false;
+    long loop_segment = 0; ///< the one with that index
 
     /// The path of the cursor that was asked for last.
     std::string cursor_path;
@@ -96,14 +97,46 @@ struct Document : kh_document_slot {
     }
 };
 
-/// The document of a descriptor; null, with a report, where there is none.
-Document* open_document(Operation& op, const long* fd) noexcept;
+inline bool in_table(long fd) noexcept
+{
+    return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS;
+}
 
-/// The same, for calls that need a root element.
-Document* document_with_root(Operation& op, const long* fd) noexcept;
+/// Slots are written under the lock and read without it: by calls that name a descriptor which another thread
+/// is about to get, too.
+inline Document* in_slot(long fd) noexcept
+{
+    return static_cast<Document*>(__atomic_load_n(&global_current_status[fd], __ATOMIC_ACQUIRE));
+}
 
 /// The document of a descriptor; null where there is none, for calls that report nothing.
-Document* find_document(const long* fd) noexcept;
+inline Document* find_document(const long* fd) noexcept
+{
+    if (!fd || !in_table(*fd))
+        return nullptr;
+    Document* document = in_slot(*fd);
+    return document && !document->opening && document->doc ? document : nullptr;
+}
+
+/// Reports why a descriptor has no document. \return null
+Document* report_no_document(Operation& op, const long* fd) noexcept;
+
+/// The document of a descriptor; null, with a report, where there is none.
+inline Document* open_document(Operation& op, const long* fd) noexcept
+{
+    Document* document = find_document(fd);
+    return document ? document : report_no_document(op, fd);
+}
+
+/// The same, for calls that need a root element.
+inline Document* document_with_root(Operation& op, const long* fd) noexcept
+{
+    Document* document = open_document(op, fd);
+    if (!document || document->root)
+        return document;
+    op.fail(KH_ERR_NO_ROOT);
+    return nullptr;
+}
 
 } // namespace kh
 

@@ -178,7 +178,7 @@ ElementIndex::Position ElementIndex::sibling_named(Name name, Position position,
     return position;
 }
 
-ElementIndex::Children& ElementIndex::children(Position parent, Name name)
+ElementIndex::Children& ElementIndex::find_children(Position parent, Name name)
 {
     for (std::size_t tried = 0; tried < std::size(lists_); ++tried) {
         Children& list = lists_[last_list_];

@@ -111,7 +111,12 @@ private:
         Name name;
         std::vector<Position> positions;
     };
-    Children& children(Position parent, Name name);
+    Children& children(Position parent, Name name)
+    {
+        Children& last = lists_[last_list_];
+        return last.parent == parent && last.name == name ? last : find_children(parent, name);
+    }
+    Children& find_children(Position parent, Name name);
     bool make(xmlNode* root) noexcept;
     bool note_all(xmlNode* root, std::size_t most);
     bool has_room_for(std::size_t count, std::size_t most) noexcept;

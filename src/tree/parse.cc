@@ -9,6 +9,7 @@
 #include <kalv/status.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -109,7 +110,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t buffer_size = 64U << 10;
+    static constexpr std::size_t buffer_size = 32U << 10;
     static constexpr std::size_t small_size = 16U << 10;
 
     // What inflates without end is an attack. Real data seldom comes near the largest ratio that there is,
@@ -264,11 +265,37 @@ struct FreeParser {
 };
 using Parser = std::unique_ptr<xmlParserCtxt, FreeParser>;
 
+/// The dictionary of a document that was closed. Making one costs a small file as much as reading it. And its table
+/// is a large block: freed with a document, it would make the allocator join all the pieces of that document and hand
+/// them back to the system, page by page, for the next document to ask for them anew.
+class SpareDictionary {
+public:
+    ~SpareDictionary() { keep(nullptr); }
+
+    XmlDictionary take() noexcept { return XmlDictionary(kept_.exchange(nullptr)); }
+    void keep(XmlDictionary dictionary) noexcept
+    {
+        constexpr int few = 5000; // names from all the documents that it has served
+        if (dictionary && xmlDictSize(dictionary.get()) > few)
+            return;
+        XmlDictionary(kept_.exchange(dictionary.release()));
+    }
+
+private:
+    std::atomic<xmlDict*> kept_{nullptr};
+};
+
+SpareDictionary spare_dictionary;
+
 /// A parser with libxml2's defaults, whatever the host program made of them.
 Parser new_parser() noexcept
 {
     Parser parser(xmlNewParserCtxt());
     if (parser) {
+        if (XmlDictionary dictionary = spare_dictionary.take()) {
+            xmlDictFree(parser->dict);
+            parser->dict = dictionary.release();
+        }
         xmlSAXVersion(parser->sax, 2);
         parser->sax->entityDecl = declare_entity;
         parser->sax->getParameterEntity = find_parameter_entity;
@@ -366,6 +393,21 @@ XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept
     ParserCall call;
     Input input(bytes, call);
     return parse(input, call, nullptr, problem);
+}
+
+void free_parsed(XmlDocument document) noexcept
+{
+    XmlDictionary dictionary;
+    if (document && document->dict && xmlDictReference(document->dict) == 0)
+        dictionary.reset(document->dict);
+    document.reset();
+    if (dictionary)
+        spare_dictionary.keep(std::move(dictionary));
+}
+
+void forget_names() noexcept
+{
+    spare_dictionary.keep(nullptr);
 }
 
 } // namespace kh

@@ -19,6 +19,12 @@ XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept;
 /// Parses the bytes of a file that stand in memory.
 XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept;
 
+/// Frees a document, and keeps its dictionary for the next one to be parsed: that one mostly has the same names.
+void free_parsed(XmlDocument document) noexcept;
+
+/// Frees the dictionary that was kept.
+void forget_names() noexcept;
+
 } // namespace kh
 
 #endif

@@ -176,6 +176,22 @@ std::size_t length_of_plain_index(std::string_view path, std::size_t start, long
     return closed && length > 0 && length <= most_digits ? length + 1 : 0;
 }
 
+bool is_step_up(const Document& document, long entry) noexcept
+{
+    const char* name = document.stack_name[entry];
+    return name[0] == '.' && name[1] == '.' && name[2] == '\0';
+}
+
+/// A step up is taken anew in each walk: it sets the caller's status, and may report.
+bool has_step_up(const Document& document) noexcept
+{
+    for (long i = 0; i < document.stack_count; ++i) {
+        if (is_step_up(document, i))
+            return true;
+    }
+    return false;
+}
+
 /// Puts a path onto the stack that differs in one index alone from the one there, as paths in a loop do. False,
 /// and no change, where it differs otherwise.
 bool change_index(Document& document, std::string_view path, std::size_t common) noexcept
@@ -195,7 +211,8 @@ bool change_index(Document& document, std::string_view path, std::size_t common)
     } catch (const std::bad_alloc&) {
         return false;
     }
-    document.in_a_loop = true;
+    document.in_a_loop = segment > 0 && !has_step_up(document);
+    document.loop_segment = segment;
     document.stack_index[segment] = number - 1;
     document.walked_count = std::min(document.walked_count, segment);
     document.extents[segment].end += length - old_length;
@@ -258,12 +275,6 @@ long chop(Document& document, const char* path, Operation& op) noexcept
 long walk_end(const Document& document) noexcept
 {
     return document.stack_count - ends_with_attribute(document);
-}
-
-bool is_step_up(const Document& document, long entry) noexcept
-{
-    const char* name = document.stack_name[entry];
-    return name[0] == '.' && name[1] == '.' && name[2] == '\0';
 }
 
 /// One step of a walk, along an entry of the stack.
@@ -332,8 +343,47 @@ xmlNode* find_in_index(Document& document, Document::Step& start, long first, lo
     return index.node_at(position);
 }
 
-/// The same from the root, going on from where the last walk of the same entries got to. A step up is taken
-/// anew each time: it sets the caller's status, and may report.
+/// The node that the path on the stack led to; null where its walk left no such trace.
+xmlNode* walked_before(const Document& document) noexcept
+{
+    const long end = walk_end(document);
+    return end > 0 && document.walked_count >= end ? document.walked[end - 1].node : nullptr;
+}
+
+/// The number in the brackets that differ from turn to turn of a loop, where nothing else does, and where it has as
+/// many digits as in the last turn; 0 for all else.
+long number_of_turn(const Document& document, std::string_view path) noexcept
+{
+    const Document::Extent& extent = document.extents[document.loop_segment];
+    const std::string_view last = document.chopped_path;
+    if (path.size() != last.size() || std::memcmp(path.data(), last.data(), extent.name_end + 1) != 0)
+        return 0;
+    long number = 0;
+    const char* digit = path.data() + extent.name_end + 1;
+    const char* const end = path.data() + extent.end - 1;
+    for (; digit < end && *digit >= '0' && *digit <= '9'; ++digit)
+        number = 10 * number + (*digit - '0');
+    const bool rest_is_equal = std::memcmp(digit, last.data() + (digit - path.data()),
+                                           static_cast<std::size_t>(path.data() + path.size() - digit)) == 0;
+    return digit == end && rest_is_equal ? number : 0;
+}
+
+/// Puts another turn of a loop onto the stack; false, and no change, where the path is none.
+bool take_turn(Document& document, std::string_view path) noexcept
+{
+    const long segment = document.loop_segment;
+    const long number = document.in_a_loop && document.walked_count > 0 ? number_of_turn(document, path) : 0;
+    if (number == 0)
+        return false;
+    const Document::Extent& extent = document.extents[segment];
+    const std::size_t start = extent.name_end + 1;
+    path.copy(document.chopped_path.data() + start, extent.end - 1 - start, start);
+    document.stack_index[segment] = number - 1;
+    document.walked_count = std::min(document.walked_count, segment);
+    return true;
+}
+
+/// The same from the root, going on from where the last walk of the same entries got to.
 xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
 {
     xmlNode* const before = document.current;
@@ -440,14 +490,19 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 } // namespace
 
-const char* attribute_name(const Document& document) noexcept
+xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept
 {
-    return document.stack_name[document.stack_count - 1] + 1;
-}
-
-bool has_array_node(const Document& document) noexcept
-{
-    return document.array_position != -1;
+    if (!accelerated || !document.absolute || !document.tag_is_from_path || has_array_node(document))
+        return nullptr;
+    xmlNode* node = nullptr;
+    if (take_turn(document, path))
+        node = walk_from_root(fd, document, walk_end(document), op);
+    else if (path == document.chopped_path)
+        node = walked_before(document);
+    if (!node)
+        return nullptr;
+    document.visited = 0;
+    return document.current = node;
 }
 
 long chop_path(Document& document, const char* path, long* ierr) noexcept
@@ -486,6 +541,7 @@ long get_path(const long* fd, const char** path, long* ierr) noexcept
 } // namespace kh
 
 using kh::Document;
+using kh::go_to_known_node;
 using kh::KeepStatus;
 using kh::Operation;
 
@@ -511,6 +567,8 @@ long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
         return op.status();
     if (!path)
         return op.null_argument();
+    if (go_to_known_node(fd, *document, path, op))
+        return op.status();
     chop_path(*document, path, op.error_vector());
     if (op.failed())
         return op.pass_on();

@@ -7,10 +7,22 @@
 namespace kh {
 
 /// The name of the attribute that the last path ends with, without its "@".
-const char* attribute_name(const Document& document) noexcept;
+inline const char* attribute_name(const Document& document) noexcept
+{
+    return document.stack_name[document.stack_count - 1] + 1;
+}
 
 /// True when the last path has a node written "[*]".
-bool has_array_node(const Document& document) noexcept;
+inline bool has_array_node(const Document& document) noexcept
+{
+    return document.array_position != -1;
+}
+
+/// Moves the cursor to the node that a path leads to, where the path need not be taken apart: because it is the last
+/// path again, or differs from it in an index alone, as in a loop. All is then as after chop_path() and
+/// go_to_stack_node(). Null where it has to be, or where there is no such node: then these two are to be called, and
+/// report.
+xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept;
 
 /// What kh_tree_chop_path() and kh_tree_go_to_stack_node() do, and report in their names.
 long chop_path(Document& document, const char* path, long* ierr) noexcept;

@@ -13,6 +13,7 @@
 #include <iterator>
 #include <libxml/parser.h>
 #include <sys/single_threaded.h>
+#include <utility>
 
 kh_document_slot* global_current_status[KH_MAX_DOCUMENTS] = {};
 pthread_mutex_t parser_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -44,18 +45,7 @@ private:
     bool held_;
 };
 
-bool in_table(long fd) noexcept
-{
-    return static_cast<unsigned long>(fd) < KH_MAX_DOCUMENTS;
-}
-
-/// Slots are written under the lock and read without it: by calls that name a descriptor which another thread
-/// is about to get, too.
-Document* in_slot(long fd) noexcept
-{
-    return static_cast<Document*>(__atomic_load_n(&global_current_status[fd], __ATOMIC_ACQUIRE));
-}
-
+/// A slot is read without the lock, see in_slot().
 void put_into_slot(long fd, Document* document) noexcept
 {
     __atomic_store_n(&global_current_status[fd], document, __ATOMIC_RELEASE);
@@ -99,10 +89,15 @@ void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
     std::unique_ptr<Document> document = take_out(fd, opened);
     const bool last = document && table_is_empty();
     lock.unlock();
+    // The tree goes last: a large block freed behind it would make the allocator join all its pieces at once.
+    XmlDocument tree(document ? std::exchange(document->doc, nullptr) : nullptr);
     document.reset();
+    free_parsed(std::move(tree));
     // With other threads about, the clean-up would pull libxml2 from under whoever is using it.
-    if (last && __libc_single_threaded)
+    if (last && __libc_single_threaded) {
+        forget_names();
         xmlCleanupParser();
+    }
 }
 
 /// Gives up a slot whose opening failed. The caller's status tells why it failed, so this one is not told.
@@ -176,15 +171,15 @@ struct Memory {
 template <class Source>
 void fill(Document& document, const Source& source, Operation& op) noexcept
 {
+    if (!source.keep_name(document)) {
+        op.fail(KH_ERR_MEMORY);
+        return;
+    }
     ParseProblem problem;
     document.doc = source.parse(problem).release();
     if (!document.doc) {
         source.fail(op, KH_ERR_PARSE);
         op.explain(problem.text);
-        return;
-    }
-    if (!source.keep_name(document)) {
-        op.fail(KH_ERR_MEMORY);
         return;
     }
     document.root = xmlDocGetRootElement(document.doc);
@@ -242,34 +237,13 @@ Document::~Document()
     std::free(file_name);
 }
 
-Document* find_document(const long* fd) noexcept
+Document* report_no_document(Operation& op, const long* fd) noexcept
 {
-    if (!fd || !in_table(*fd))
-        return nullptr;
-    Document* document = in_slot(*fd);
-    return document && !document->opening && document->doc ? document : nullptr;
-}
-
-Document* open_document(Operation& op, const long* fd) noexcept
-{
-    Document* document = find_document(fd);
     if (!fd)
         op.null_argument();
-    else if (!in_table(*fd))
-        op.fail(KH_ERR_DESCRIPTOR);
-    else if (!document)
-        op.fail(KH_ERR_NO_DOCUMENT);
-    return document;
-}
-
-Document* document_with_root(Operation& op, const long* fd) noexcept
-{
-    Document* document = open_document(op, fd);
-    if (document && !document->root) {
-        op.fail(KH_ERR_NO_ROOT);
-        return nullptr;
-    }
-    return document;
+    else
+        op.fail(in_table(*fd) ? KH_ERR_NO_DOCUMENT : KH_ERR_DESCRIPTOR);
+    return nullptr;
 }
 
 } // namespace kh

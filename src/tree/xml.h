@@ -26,12 +26,14 @@ struct FreeXml {
     void operator()(xmlNode* node) const noexcept { xmlFreeNode(node); }
     void operator()(xmlCharEncodingHandler* encoder) const noexcept;
     void operator()(xmlNs* namespace_) const noexcept { xmlFreeNsList(namespace_); }
+    void operator()(xmlDict* dictionary) const noexcept { xmlDictFree(dictionary); }
 };
 using XmlText = std::unique_ptr<xmlChar, FreeXml>;
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXml>;
 using XmlNode = std::unique_ptr<xmlNode, FreeXml>;
 using XmlEncoder = std::unique_ptr<xmlCharEncodingHandler, FreeXml>;
 using XmlNamespaces = std::unique_ptr<xmlNs, FreeXml>;
+using XmlDictionary = std::unique_ptr<xmlDict, FreeXml>;
 
 /// For its lifetime libxml2's messages of this thread come to the library, and afterwards go where they went
 /// before. libxml2 swallows many failed allocations and goes on with a document that lacks something; whoever
@@ -140,6 +142,14 @@ public:
     {
         constexpr std::uintptr_t siblings = 4;
         __builtin_prefetch(reinterpret_cast<const void*>(address(place) + siblings * distance_));
+    }
+    /// The same for what a walk reads of a node, which may lie in two lines of the cache.
+    void fetch_node(const xmlNode* node) const noexcept
+    {
+        if (!node)
+            return;
+        fetch(node);
+        fetch(&node->next);
     }
 
 private:
