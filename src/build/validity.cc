@@ -49,12 +49,16 @@ std::size_t sequence_length(char first) noexcept
 /// Takes the first character off a text; no_character where the text is not UTF-8.
 unsigned long take_character(std::string_view& text) noexcept
 {
+    const auto first = static_cast<unsigned char>(text[0]);
+    if (first < 0x80) {
+        text.remove_prefix(1);
+        return first;
+    }
     constexpr unsigned long smallest[] = {0, 0, 0x80, 0x800, 0x10000};
     const std::size_t length = sequence_length(text[0]);
     if (length == 0 || length > text.size())
         return no_character;
-    const auto first = static_cast<unsigned char>(text[0]);
-    unsigned long code_point = length == 1 ? first : first & (0xFFU >> (length + 1));
+    unsigned long code_point = first & (0xFFU >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         if ((byte & 0xC0U) != 0x80)

@@ -61,6 +61,8 @@ void ElementIndex::drop() noexcept
 {
     walked_ = 0;
     worthwhile_ = few;
+    if (elements_.capacity() == 0)
+        return;
     count_ = 0;
     last_ = 0;
     elements_.resize(0);

@@ -27,58 +27,6 @@ long index_of(const char* written) noexcept
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number - 1));
 }
 
-/// The segments of a path.
-struct Segments {
-    Document::Extent extents[KH_MAX_PATH_NODES];
-    long indices[KH_MAX_PATH_NODES]; ///< 0-based
-    long count = 0;
-    long array_position = -1;
-    bool fit_the_stack = true;
-    bool one_array_at_most = true;
-
-    /// Takes a path apart behind the segments that it shares with the one on the stack.
-    Segments(const char* path, const Document& document, long shared) noexcept : count(shared)
-    {
-        std::copy_n(document.extents, shared, extents);
-        std::copy_n(document.stack_index, shared, indices);
-        const char* next = path + (shared > 0 ? extents[shared - 1].end : 0);
-        while (fit_the_stack && *next) {
-            if (*next == '/')
-                ++next;
-            else
-                next = add(path, next);
-        }
-    }
-
-private:
-    /// \return the end of the segment
-    const char* add(const char* path, const char* start) noexcept
-    {
-        const char* bracket = nullptr;
-        const char* end = start;
-        for (; *end && *end != '/'; ++end) {
-            if (*end == '[' && !bracket)
-                bracket = end;
-        }
-        fit_the_stack = count < KH_MAX_PATH_NODES;
-        if (!fit_the_stack)
-            return end;
-        long index = 0;
-        if (bracket && bracket[1] == '*') {
-            one_array_at_most = one_array_at_most && array_position == -1;
-            array_position = count;
-            // The array node keeps the index of the node before it: callers rely on it.
-            index = count > 0 ? indices[count - 1] : 0;
-        } else if (bracket) {
-            index = index_of(bracket + 1);
-        }
-        const auto offset = [path](const char* place) { return static_cast<std::size_t>(place - path); };
-        indices[count] = index;
-        extents[count++] = {offset(start), offset(bracket ? bracket : end), offset(end)};
-        return end;
-    }
-};
-
 void empty_stack(Document& document) noexcept
 {
     document.walked_count = 0;
@@ -87,21 +35,68 @@ void empty_stack(Document& document) noexcept
     document.array_position = -1;
 }
 
-/// Puts the segments of a path onto the stack; the names lie in a copy of the path.
-void fill_stack(Document& document, const Segments& segments, char* path) noexcept
-{
-    for (long i = 0; i < segments.count; ++i) {
-        const Document::Extent& extent = segments.extents[i];
-        path[extent.name_end] = '\0';
-        document.stack_name[i] = path + extent.start;
-        document.stack_index[i] = segments.indices[i];
-        document.extents[i] = extent;
+/// Takes a path apart onto the stack, behind the segments that it shares with the one there.
+class Chopping {
+public:
+    Chopping(Document& document, const char* path, long shared) noexcept : document_(document), path_(path)
+    {
+        document.stack_count = shared;
+        document.array_position = -1;
+        const char* next = path + (shared > 0 ? document.extents[shared - 1].end : 0);
+        while (fits_ && *next)
+            next = *next == '/' ? next + 1 : add(next);
     }
-    document.stack_count = segments.count;
-    document.array_position = segments.array_position;
-    document.numbered_for = 0;
-    document.in_a_loop = false;
-}
+
+    bool fits_the_stack() const noexcept { return fits_; }
+    bool has_one_array_at_most() const noexcept { return arrays_ <= 1; }
+
+    /// Writes the names into a block, which they stay in.
+    void name_segments(char* names, std::size_t size) const noexcept
+    {
+        std::memcpy(names, path_, size);
+        for (long i = 0; i < document_.stack_count; ++i) {
+            names[document_.extents[i].name_end] = '\0';
+            document_.stack_name[i] = names + document_.extents[i].start;
+        }
+    }
+
+private:
+    /// \return the end of the segment
+    const char* add(const char* start) noexcept
+    {
+        const char* bracket = nullptr;
+        const char* end = start;
+        for (; *end && *end != '/'; ++end) {
+            if (*end == '[' && !bracket)
+                bracket = end;
+        }
+        const long segment = document_.stack_count;
+        fits_ = segment < KH_MAX_PATH_NODES;
+        if (!fits_)
+            return end;
+        document_.stack_index[segment] = bracket ? index_at(bracket + 1) : 0;
+        const auto offset = [this](const char* place) { return static_cast<std::size_t>(place - path_); };
+        document_.extents[segment] = {offset(start), offset(bracket ? bracket : end), offset(end)};
+        ++document_.stack_count;
+        return end;
+    }
+
+    /// The 0-based index that is written in brackets.
+    long index_at(const char* written) noexcept
+    {
+        if (*written != '*')
+            return index_of(written);
+        ++arrays_;
+        const long segment = document_.array_position = document_.stack_count;
+        // The array node keeps the index of the node before it: callers rely on it.
+        return segment > 0 ? document_.stack_index[segment - 1] : 0;
+    }
+
+    Document& document_;
+    const char* path_;
+    bool fits_ = true;
+    int arrays_ = 0;
+};
 
 /// The last name that is no attribute becomes the requested tag.
 long request(Document& document, Operation& op) noexcept
@@ -197,6 +192,8 @@ bool has_step_up(const Document& document) noexcept
 bool change_index(Document& document, std::string_view path, std::size_t common) noexcept
 {
     const std::string_view old_path = document.chopped_path;
+    if (common == path.size() || path.back() != old_path.back())
+        return false;
     const long segment = document.array_position == -1 ? segment_with_index_at(document, common) : -1;
     if (segment < 0)
         return false;
@@ -238,22 +235,27 @@ void remember_path(Document& document, std::string_view path) noexcept
 long chop(Document& document, std::string_view text, long shared, Operation& op) noexcept
 {
     const char* path = text.data();
+    const auto refuse = [&](long code) {
+        empty_stack(document);
+        return op.fail(code, ". Bad path: %s", path);
+    };
     const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
-    const long walked = std::min(document.walked_count, shared);
-    const Segments segments(path, document, shared);
-    empty_stack(document);
-    if (!segments.fit_the_stack && !bad_start)
-        return op.fail(KH_ERR_PATH_LENGTH, ". Bad path: %s", path);
-    if (bad_start || segments.count == 0 || !segments.one_array_at_most)
-        return op.fail(KH_ERR_ARGUMENT, ". Bad path: %s", path);
-    char* room = document.path_names.reserve(text.size() + 1);
-    if (!room)
+    const Chopping chopping(document, path, shared);
+    if (!chopping.fits_the_stack() && !bad_start)
+        return refuse(KH_ERR_PATH_LENGTH);
+    if (bad_start || document.stack_count == 0 || !chopping.has_one_array_at_most())
+        return refuse(KH_ERR_ARGUMENT);
+    char* names = document.path_names.reserve(text.size() + 1);
+    if (!names) {
+        empty_stack(document);
         return op.fail(KH_ERR_MEMORY);
-    std::memcpy(room, path, text.size() + 1);
-    fill_stack(document, segments, room);
+    }
+    chopping.name_segments(names, text.size() + 1);
     remember_path(document, text);
     document.absolute = *path == '/';
-    document.walked_count = walked;
+    document.walked_count = std::min(document.walked_count, shared);
+    document.numbered_for = 0;
+    document.in_a_loop = false;
     document.tag_is_from_path = false;
     return request(document, op);
 }
