@@ -4,6 +4,7 @@
 #include "support/outcome.h"
 
 #include <random>
+#include <sstream>
 #include <vector>
 
 namespace {
@@ -183,6 +184,76 @@ TEST(RepeatedPath, LeavesTheCursorWhereAWholeWalkWould)
         kh_tree_go_to_path_node(&document.fd, path, nullptr);
         EXPECT_EQ(document.path(), after(path)) << path;
     }
+}
+
+/// Reads a path with the cursor on the root, and tells all that callers can see of it.
+std::string seen_of(const Document& document, const std::string& path)
+{
+    long fd = document.fd;
+    document.slot()->current = document.root();
+    long value = 0;
+    const support::Outcome outcome = outcome_of(
+        [&](long* ierr) { kh_tree_path_read_integer_node_value(&fd, path.c_str(), &value, ierr); });
+    const kh_document_slot* slot = document.slot();
+    std::ostringstream seen;
+    seen << path << ": " << value << ", " << outcome << ", at " << document.path() << ", visited "
+         << slot->visited << ", absolute " << slot->absolute << ", array " << slot->array_position
+         << ", stack";
+    for (long i = 0; i < slot->stack_count; ++i)
+        seen << ' ' << slot->stack_name[i] << '[' << slot->stack_index[i] << ']';
+    seen << ", asks for " << (slot->requested_tag ? slot->requested_tag : "nothing");
+    return seen.str();
+}
+
+std::string list_of_items(int count)
+{
+    std::string text = "<R>";
+    for (int i = 1; i <= count; ++i) {
+        const std::string number = std::to_string(i);
+        text += "<I a=\"" + number + "\">" + (i % 7 == 0 ? "" : "<V>" + number + "</V>") + "</I>";
+    }
+    return text + "</R>";
+}
+
+// Paths that differ in an index alone are not taken apart anew, whether an index of all elements stands or not.
+TEST(PathsInALoop, AreReadAsTheFirstPathOfADocumentIs)
+{
+    const std::string text = list_of_items(120);
+    const Document looped(text);
+    const char* const turns[] = {
+        "/R/I[1]/V",    "/R/I[2]/V",    "/R/I[3]/V",    "/R/I[3]/V",    "/R/I[12]/V",  "/R/I[13]/V",
+        "/R/I[14]/V",   "/R/I[15]/V",   "/R/I[99]/V",   "/R/I[100]/V",  "/R/I[121]/V", "/R/I[120]/V",
+        "/R/I[000]/V",  "/R/I[012]/V",  "/R/I[1x2]/V",  "/R/I[115]/V",  "/R/I[-15]/V", "/R/I[115]/W",
+        "/R/I[116]/W",  "/R/I[116]/V/", "/R/I[117]/V/", "/R/I[117]",    "/R/I[118]",   "/R/I[2]/@a",
+        "/R/I[3]/@a",   "/R/I[4]/@a",   "/R/I[5]/@b",   "/R/I[3]/..",   "/R/I[4]/..",  "/R/I[5]/..",
+        "/R/I[5]/./V",  "/R/I[6]/./V",  "/R/I[8]/./V",  "/R/I[*]/V",    "/R/I[9]/V",   "/R[1]/I[9]/V",
+        "/R[2]/I[9]/V", "/Q[3]/I[9]/V", "/R/I[1]/V[1]", "/R/I[1]/V[2]", "R/I[1]/V",    "I[1]/V",
+        "I[2]/V",       "I[3]/V",       "/R/I[2]/V"};
+    for (int time = 0; time < 12; ++time) { // until the index of all elements stands
+        for (const char* path : turns)
+            ASSERT_EQ(seen_of(looped, path), seen_of(Document(text), path)) << "time " << time;
+    }
+}
+
+TEST(PathsInALoop, FollowAnEditBetweenTwoTurns)
+{
+    Document document(list_of_items(60));
+    const auto value = [&](const char* path) {
+        long read = 0, status = support::untouched;
+        kh_tree_path_read_integer_node_value(&document.fd, path, &read, &status);
+        EXPECT_EQ(status, 0) << path;
+        return read;
+    };
+    for (int time = 0; time < 400; ++time) {
+        EXPECT_EQ(value("/R/I[31]/V"), 31);
+        EXPECT_EQ(value("/R/I[32]/V"), 32);
+    }
+    kh_tree_remove_node(&document.fd, "/R/I[2]", nullptr);
+    EXPECT_EQ(value("/R/I[31]/V"), 32);
+    EXPECT_EQ(value("/R/I[32]/V"), 33);
+    kh_tree_set_string_node_value(&document.fd, "/R/I[33]/V", "1234", "%s", nullptr);
+    EXPECT_EQ(value("/R/I[32]/V"), 33);
+    EXPECT_EQ(value("/R/I[33]/V"), 1234);
 }
 
 TEST(RepeatedPath, FollowsANewRoot)

@@ -475,6 +475,44 @@ TEST_F(Table, ReadsFilesBeyondTheParsersUsualLimits)
     EXPECT_EQ(status_of_opening(folder.file("small.xml", declaration + nested(200))), 0);
 }
 
+// Names are kept for the next document, but no limit and no name of a document shows in another.
+TEST_F(Table, ReadsADocumentAsIfNoneHadBeenReadBefore)
+{
+    const auto named = [](int count, const std::string& name) {
+        std::string text = "<R>";
+        for (int i = 0; i < count; ++i)
+            text += "<" + name + std::to_string(i) + ">12</" + name + std::to_string(i) + ">";
+        return text + "</R>";
+    };
+    const auto dumped = [](xmlDoc* document) {
+        xmlChar* bytes = nullptr;
+        int size = 0;
+        xmlDocDumpMemory(document, &bytes, &size);
+        const std::string text(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
+        xmlFree(bytes);
+        return text;
+    };
+    const std::string long_name(50'000, 'n');
+    const std::string texts[] = {"<!DOCTYPE R [<!ENTITY e \"e\">]><R>&e;</R>",
+                                 named(250, long_name),
+                                 named(10, "a"),
+                                 named(6000, "b"),
+                                 named(10, "a"),
+                                 named(1, "b")};
+    const long other = open("<R/>"); // the parser is not cleaned up meanwhile
+    for (const std::string& text : texts) {
+        const Document document(text);
+        xmlDoc* plain =
+            xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, XML_PARSE_HUGE);
+        EXPECT_EQ(dumped(document.slot()->doc), dumped(plain)) << text.substr(0, 40);
+        xmlFreeDoc(plain);
+    }
+    long status = untouched;
+    long fd = other;
+    kh_tree_cleanup_parser(&fd, &status);
+    EXPECT_EQ(status, 0);
+}
+
 TEST_F(Table, RefusesEntitiesThatMultiply)
 {
     std::string text = "<!DOCTYPE R [<!ENTITY e0 \"0123456789\">";
