@@ -30,7 +30,6 @@ public:
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
 
-    const char* name() const noexcept { return name_; }
     long status() const noexcept { return *status_; }
     bool failed() const noexcept { return *status_ < 0; }
     /// The status word, for callees.

@@ -289,4 +289,34 @@ TEST_F(CopyNode, KeepsNamespacesThatAnEntityTakesFromAroundItsReference)
     EXPECT_EQ(b->nsDef, nullptr);
 }
 
+TEST_F(CopyNode, KeepsNamespacesThatOneOfSeveralEntitiesHas)
+{
+    const std::string source =
+        "<!DOCTYPE s [<!ENTITY e \"<p:c xmlns:q='urn:q' q:x='1'/>\"><!ENTITY f \"<b>&e;</b>\">]>"
+        "<s xmlns:p='urn:p'><a>&f;</a></s>";
+    Document document("<r/>");
+    EXPECT_EQ(copy(document, "/r", source, "/s/a").status, KH_OK);
+    EXPECT_EQ(in_memory(document),
+              "<r><a xmlns:p=\"urn:p\"><b><p:c xmlns:q=\"urn:q\" q:x=\"1\"/></b></a></r>");
+}
+
+TEST_F(CopyNode, KeepsAPrefixInAnEntityThatNobodyDeclares)
+{
+    Document document("<r/>");
+    EXPECT_EQ(copy(document, "/r", "<!DOCTYPE s [<!ENTITY e \"<p:c/>\">]><s><a>&e;</a></s>", "/s/a").status,
+              KH_OK);
+    EXPECT_EQ(in_memory(document), "<r><a><p:c/></a></r>");
+}
+
+// The parser reads an entity once, at its first reference, and knows the prefix there.
+TEST_F(CopyNode, LosesAPrefixThatOnlyTheFirstReferenceOfAnEntityDeclares)
+{
+    Document document("<r/>");
+    EXPECT_EQ(copy(document, "/r",
+                   "<!DOCTYPE s [<!ENTITY e \"<p:c/>\">]><s><a xmlns:p='urn:p'>&e;</a><b>&e;</b></s>", "/s/b")
+                  .status,
+              KH_OK);
+    EXPECT_EQ(in_memory(document), "<r><b><c/></b></r>");
+}
+
 } // namespace

@@ -72,6 +72,17 @@ TEST(InsertNode, IsFoundByPathsThatWereWalkedBefore)
     EXPECT_EQ(before.string() + after.string(), "21");
 }
 
+TEST(InsertNode, GivesElementsBelowEachOtherTheDefaultNamespace)
+{
+    Document document("<r xmlns=\"u\"/>");
+    xmlNode* node = document.root();
+    for (int level = 0; level < 3; ++level) {
+        node = insert(&document.fd, node, nullptr, KH_NODE_ELEMENT, "a", nullptr);
+        EXPECT_EQ(node->ns, document.root()->ns) << level;
+    }
+    EXPECT_EQ(in_memory(document), "<r xmlns=\"u\"><a><a><a/></a></a></r>");
+}
+
 TEST(InsertNode, SeesTheDefaultNamespaceAsItIsNow)
 {
     Document document("<p:r xmlns='u' xmlns:p='v'/>");
