@@ -4,6 +4,7 @@
 
 #include <libxml/hash.h>
 #include <libxml/valid.h>
+#include <string_view>
 #include <utility>
 
 namespace kh {
@@ -55,11 +56,16 @@ private:
 };
 
 /// True where libxml2 may have read the ID as another text than it looks for: it keeps one as it was written, with
-/// its ampersands and references, and looks for what that stands for.
+/// its ampersands, references and blanks, and looks for what that stands for, without blanks at the ends and doubled
+/// ones.
 bool is_written_otherwise(const xmlAttr* attribute) noexcept
 {
-    const xmlNode* text = attribute->children;
-    return text && (text->next || text->type != XML_TEXT_NODE || xmlStrchr(text->content, '&'));
+    const xmlNode* node = attribute->children;
+    if (!node || node->next || node->type != XML_TEXT_NODE)
+        return node;
+    const std::string_view text = content_of(node);
+    return text.find('&') != text.npos || text.find("  ") != text.npos || text.substr(0, 1) == " " ||
+           (!text.empty() && text.back() == ' ');
 }
 
 } // namespace

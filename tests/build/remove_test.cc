@@ -212,4 +212,18 @@ TEST(RemoveNode, LeavesNoIdBehindHoweverItIsWritten)
     }
 }
 
+// A parser takes blanks at the ends and doubled ones out of an ID; one that is set keeps them.
+TEST(RemoveNode, LeavesNoIdBehindThatWasSetWithBlanks)
+{
+    for (const char* id : {" ", "  ", " a", "a ", "a  b", "a b", "a&#32; b", " &amp; "}) {
+        for (const char* path : {"/r/i", "/r/i/@id"}) {
+            Document document("<!DOCTYPE r [<!ATTLIST i id ID #IMPLIED>]><r><i id='x'/></r>");
+            EXPECT_EQ(status(document, kh_tree_set_text, "/r/i/@id", id), KH_OK);
+            EXPECT_EQ(count_identifiers(document), 1) << '"' << id << '"';
+            EXPECT_EQ(status(document, kh_tree_remove_node, path), KH_OK);
+            EXPECT_EQ(count_identifiers(document), 0) << '"' << id << "\" " << path;
+        }
+    }
+}
+
 } // namespace
