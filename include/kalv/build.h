@@ -3,8 +3,9 @@
  *
  *  Where an argument is a path, the cursor first goes along it as kh_tree_go_to_path_node() does, and what
  *  that reports ("a path's code" below) is passed on; "." is the node under the cursor. Names must be names
- *  that XML allows (a colon is free, its prefix need not be declared), values must be UTF-8 without
- *  characters that XML forbids: anything else reports #KH_ERR_ARGUMENT and nothing changes.
+ *  that XML allows (colons are free, a prefix need not be declared; but none as "a:b:1", which libxml2 does
+ *  not read), values must be UTF-8 without characters that XML forbids: anything else reports
+ *  #KH_ERR_ARGUMENT and nothing changes.
  *
  *  The adding functions return a number that is not 0 on success, and the status on failure. */
 #ifndef KALV_BUILD_H

@@ -26,7 +26,7 @@ bool check_arguments(Operation& op, const long* fd, const char* name) noexcept
 {
     if (!fd || !name)
         op.null_argument();
-    else if (!is_xml_name(name))
+    else if (!is_node_name(name))
         op.fail(KH_ERR_ARGUMENT, ". Node: %s", name);
     return !op.failed();
 }

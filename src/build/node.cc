@@ -71,7 +71,7 @@ bool check_insertion(Operation& op, const Document& document, const xmlNode* par
         op.fail(KH_ERR_ARGUMENT);
     else if (!is_element(parent))
         op.fail(KH_ERR_NOT_ELEMENT);
-    else if (is_new_element ? !is_xml_name(text) : !is_xml_text(text))
+    else if (is_new_element ? !is_node_name(text) : !is_xml_text(text))
         op.fail(KH_ERR_ARGUMENT, is_new_element ? ". Node: %s" : ". Value: %s", text);
     return !op.failed();
 }

@@ -206,7 +206,7 @@ private:
     {
         if (!reserve(size))
             return false;
-        std::memcpy(block_.get() + size_, data, size);
+        std::copy_n(data, size, block_.get() + size_); // there may be no data
         size_ += size;
         return true;
     }

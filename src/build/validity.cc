@@ -69,6 +69,24 @@ unsigned long take_character(std::string_view& text) noexcept
     return code_point >= smallest[length] ? code_point : no_character;
 }
 
+/// By value: what is taken off stays the caller's.
+bool starts_name(std::string_view text) noexcept
+{
+    return !text.empty() && is_in(name_starts, take_character(text));
+}
+
+/// XML allows a name whose third part, behind two colons, begins like no name, as "a:b:1"; libxml2 reads no file with
+/// one.
+bool is_unreadable(std::string_view name) noexcept
+{
+    const std::size_t first = name.find(':');
+    const std::size_t second = first == 0 || first == name.npos ? name.npos : name.find(':', first + 1);
+    if (second == name.npos || second == first + 1)
+        return false;
+    const std::string_view rest = name.substr(second + 1);
+    return starts_name(name.substr(first + 1)) && !rest.empty() && !starts_name(rest);
+}
+
 } // namespace
 
 bool is_xml_character(unsigned long code_point) noexcept
@@ -95,6 +113,11 @@ bool is_xml_name(std::string_view text) noexcept
             return false;
     }
     return true;
+}
+
+bool is_node_name(std::string_view text) noexcept
+{
+    return is_xml_name(text) && !is_unreadable(text);
 }
 
 std::size_t write_utf8(unsigned long code_point, char* bytes) noexcept

@@ -54,7 +54,7 @@ bool check_target(Operation& op, const Document& document) noexcept
     const xmlNode* node = document.current;
     if (!ends_with_attribute(document) ? !can_be_set(node) : !is_element(node))
         op.fail(KH_ERR_NOT_ELEMENT);
-    else if (ends_with_attribute(document) && !is_xml_name(attribute_name(document)))
+    else if (ends_with_attribute(document) && !is_node_name(attribute_name(document)))
         op.fail(KH_ERR_ARGUMENT, ". Node: %s", attribute_name(document));
     return !op.failed();
 }
