@@ -24,7 +24,7 @@ template <class Value>
 std::uint64_t digest(const Value& value, std::uint64_t hash = 0xcbf29ce484222325U)
 {
     if constexpr (std::is_integral_v<Value>) {
-        const long long same_width = value;
+        const auto same_width = static_cast<long long>(value);
         return digest(std::string_view(reinterpret_cast<const char*>(&same_width), sizeof same_width), hash);
     } else if constexpr (std::is_floating_point_v<Value>) {
         return digest(std::string_view(reinterpret_cast<const char*>(&value), sizeof value), hash);
