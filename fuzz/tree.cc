@@ -106,6 +106,11 @@ public:
 private:
     void end_text()
     {
+        if (kind_of_text_ == XML_CDATA_SECTION_NODE && is_read_again_) {
+            // A reference would stand for itself there, and parsers read each line end as a line feed.
+            replace_all(text_, "\r\n", "\n");
+            replace_all(text_, "\r", "\n");
+        }
         if (!text_.empty())
             result += (kind_of_text_ == XML_TEXT_NODE ? "'" : "[") + text_ + "'";
         text_.clear();
