@@ -14,6 +14,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+/// For builds with the address sanitizer: an array that is larger than any memory is refused, as without it.
+extern "C" const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
 namespace torture {
 
 namespace {
