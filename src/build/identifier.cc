@@ -64,8 +64,8 @@ bool is_written_otherwise(const xmlAttr* attribute) noexcept
     if (!node || node->next || node->type != XML_TEXT_NODE)
         return node;
     const std::string_view text = content_of(node);
-    return text.find('&') != text.npos || text.find("  ") != text.npos || text.substr(0, 1) == " " ||
-           (!text.empty() && text.back() == ' ');
+    return text.find_first_not_of(' ') != 0 || text.find_last_not_of(' ') != text.size() - 1 ||
+           text.find("  ") != text.npos || text.find('&') != text.npos;
 }
 
 } // namespace

@@ -33,6 +33,8 @@ void empty_stack(Document& document) noexcept
     document.stack_count = 0;
     document.absolute = 0;
     document.array_position = -1;
+    document.tag_is_from_path = false;
+    document.in_a_loop = false;
 }
 
 /// Takes a path apart onto the stack, behind the segments that it shares with the one there.
@@ -345,11 +347,11 @@ xmlNode* find_in_index(Document& document, Document::Step& start, long first, lo
     return index.node_at(position);
 }
 
-/// The node that the path on the stack led to; null where its walk left no such trace.
+/// The node that the path on the stack, which has names to walk, led to; null where its walk left no such trace.
 xmlNode* walked_before(const Document& document) noexcept
 {
     const long end = walk_end(document);
-    return end > 0 && document.walked_count >= end ? document.walked[end - 1].node : nullptr;
+    return document.walked_count >= end ? document.walked[end - 1].node : nullptr;
 }
 
 /// The number in the brackets that differ from turn to turn of a loop, where nothing else does, and where it has as
@@ -494,7 +496,7 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept
 {
-    if (!accelerated || !document.absolute || !document.tag_is_from_path || has_array_node(document))
+    if (!document.absolute || !document.tag_is_from_path || has_array_node(document))
         return nullptr;
     xmlNode* node = nullptr;
     if (take_turn(document, path))

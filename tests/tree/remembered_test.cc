@@ -227,8 +227,8 @@ TEST(PathsInALoop, AreReadAsTheFirstPathOfADocumentIs)
         "/R/I[116]/W",  "/R/I[116]/V/", "/R/I[117]/V/", "/R/I[117]",    "/R/I[118]",   "/R/I[2]/@a",
         "/R/I[3]/@a",   "/R/I[4]/@a",   "/R/I[5]/@b",   "/R/I[3]/..",   "/R/I[4]/..",  "/R/I[5]/..",
         "/R/I[5]/./V",  "/R/I[6]/./V",  "/R/I[8]/./V",  "/R/I[*]/V",    "/R/I[9]/V",   "/R[1]/I[9]/V",
-        "/R[2]/I[9]/V", "/Q[3]/I[9]/V", "/R/I[1]/V[1]", "/R/I[1]/V[2]", "R/I[1]/V",    "I[1]/V",
-        "I[2]/V",       "I[3]/V",       "/R/I[2]/V"};
+        "/R[2]/I[9]/V", "/Q[3]/I[9]/V", "/R/I[1]/V[1]", "/R/I[1]/V[2]", "/R/I[11",     "/R/I[21",
+        "/R//",         "R/I[1]/V",     "I[1]/V",       "I[2]/V",       "I[3]/V",      "/R/I[2]/V"};
     for (int time = 0; time < 12; ++time) { // until the index of all elements stands
         for (const char* path : turns)
             ASSERT_EQ(seen_of(looped, path), seen_of(Document(text), path)) << "time " << time;
