@@ -37,8 +37,7 @@ typedef struct kh_document_slot {
 /** The open documents by descriptor; null where none is open. */
 extern KH_EXPORT kh_document_slot* global_current_status[KH_MAX_DOCUMENTS];
 
-/** Guards the taking and releasing of slots, and nothing else. Not recursive. A fork waits for other threads to
- *  give it back, so that it is free in the child. */
+/** Guards the taking and releasing of slots, and nothing else. Not recursive. In the child of a fork it is free. */
 extern KH_EXPORT pthread_mutex_t parser_mutex;
 
 /** Opens an XML file. Its document gets the lowest free descriptor; the cursor stands on the root.

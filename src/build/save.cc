@@ -216,9 +216,23 @@ private:
     std::size_t capacity_ = 0;
 };
 
+/// libxml2 drops the default of an attribute that is no value of the declared type, and would write a declaration
+/// that no parser reads.
+void complete_declarations(const xmlDoc* document) noexcept
+{
+    for (xmlNode* node = document->intSubset ? document->intSubset->children : nullptr; node;
+         node = node->next) {
+        auto* declaration = reinterpret_cast<xmlAttribute*>(node);
+        if (node->type == XML_ATTRIBUTE_DECL && !declaration->defaultValue &&
+            declaration->def != XML_ATTRIBUTE_REQUIRED)
+            declaration->def = XML_ATTRIBUTE_IMPLIED;
+    }
+}
+
 /// The bytes of a document in its encoding. \return how many; -1, and errno or 0 in it, on failure
 long serialise(xmlDoc* document, Output& output) noexcept
 {
+    complete_declarations(document);
     const ParserCall call;
     const char* encoding = from_xml(document->encoding);
     XmlEncoder encoder(encoding ? xmlFindCharEncodingHandler(encoding) : nullptr);

@@ -59,7 +59,8 @@ struct Document : kh_document_slot {
     ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
     unsigned long numbered_for = 0;
 
-    /// True when the path on the stack differs in one index alone from the one before.
+    /// True when the path on the stack came to differ in one index alone, as in a loop over a list. Not where a step
+    /// up, which is taken anew each time, or the root is concerned.
     bool in_a_loop = false;
     long loop_segment = 0; ///< the one with that index
 

@@ -1,35 +1,30 @@
-// A child of a process with several threads has the one that forked. The lock of the table must not come into it
-// locked by another one, for which every call that opens or releases a document would wait for ever.
-#include <kalv/document.h>
-
-#include <ctime>
+// A child of a process with several threads has the one that forked. What the others were doing with the table is
+// never finished there.
+#include "tree/document.h"
+#include "tree/parse.h"
 
 namespace kh {
 
 namespace {
 
-thread_local bool is_held = false; ///< for the fork that this thread is about to do
-
-/// No thread holds the lock for long. One that forks while it holds the lock itself keeps it, in its child, too.
-void hold_lock() noexcept
+/// Frees the lock, which another thread may have held, and the slots of files that others were opening. All else is
+/// whole: the lock guards single pointers. Nothing is taken before the fork, since nobody can tell in what order
+/// other libraries take theirs.
+void start_in_child() noexcept
 {
-    timespec end;
-    clock_gettime(CLOCK_MONOTONIC, &end);
-    ++end.tv_sec;
-    is_held = pthread_mutex_clocklock(&parser_mutex, CLOCK_MONOTONIC, &end) == 0;
+    pthread_mutex_init(&parser_mutex, nullptr);
+    for (kh_document_slot*& slot : global_current_status) {
+        if (slot && static_cast<Document*>(slot)->opening)
+            slot = nullptr;
+    }
+    leave_spare_dictionary();
 }
 
-void give_lock_back() noexcept
-{
-    if (is_held)
-        pthread_mutex_unlock(&parser_mutex);
-}
-
-/// Undone when the library is unloaded. It fails only without memory at the start of a process, and forks are as
+/// Undone when the library is unloaded. It fails only without memory at the start of a process, and children are as
 /// they were without it.
-[[gnu::constructor]] void hold_lock_during_forks() noexcept
+[[gnu::constructor]] void prepare_for_forks() noexcept
 {
-    pthread_atfork(hold_lock, give_lock_back, give_lock_back);
+    pthread_atfork(nullptr, nullptr, start_in_child);
 }
 
 } // namespace

@@ -221,13 +221,46 @@ private:
     z_stream state_ = {};
 };
 
-/// A document that declares entities keeps libxml2's limits, which guard against entities that multiply.
+/// The dictionary of a document that was closed. Making one costs a small file as much as reading it. And its table
+/// is a large block: freed with a document, it would make the allocator join all the pieces of that document and hand
+/// them back to the system, page by page, for the next document to ask for them anew.
+class SpareDictionary {
+public:
+    ~SpareDictionary()
+    {
+        if (!is_left_)
+            keep(nullptr);
+    }
+
+    XmlDictionary take() noexcept { return XmlDictionary(kept_.exchange(nullptr)); }
+    /// Keeps a small one.
+    void keep(XmlDictionary dictionary) noexcept
+    {
+        constexpr int few = 5000; // names from all the documents that it has served
+        if (dictionary &&
+            (xmlDictSize(dictionary.get()) > few || xmlDictGetUsage(dictionary.get()) > most_bytes))
+            return;
+        XmlDictionary(kept_.exchange(dictionary.release()));
+    }
+    void leave() noexcept { is_left_ = true; }
+
+    static constexpr std::size_t most_bytes = 256U << 10;
+
+private:
+    std::atomic<xmlDict*> kept_{nullptr};
+    bool is_left_ = false;
+};
+
+SpareDictionary spare_dictionary;
+
+/// A document that declares entities keeps libxml2's limits, which guard against entities that multiply. What its
+/// dictionary held before is not counted.
 void declare_entity(void* context, const xmlChar* name, int type, const xmlChar* public_id,
                     const xmlChar* system_id, xmlChar* content)
 {
     auto* parser = static_cast<xmlParserCtxt*>(context);
     parser->options &= ~XML_PARSE_HUGE;
-    xmlDictSetLimit(parser->dict, XML_MAX_DICTIONARY_LIMIT);
+    xmlDictSetLimit(parser->dict, XML_MAX_DICTIONARY_LIMIT + SpareDictionary::most_bytes);
     xmlSAX2EntityDecl(context, name, type, public_id, system_id, content);
 }
 
@@ -264,28 +297,6 @@ struct FreeParser {
     }
 };
 using Parser = std::unique_ptr<xmlParserCtxt, FreeParser>;
-
-/// The dictionary of a document that was closed. Making one costs a small file as much as reading it. And its table
-/// is a large block: freed with a document, it would make the allocator join all the pieces of that document and hand
-/// them back to the system, page by page, for the next document to ask for them anew.
-class SpareDictionary {
-public:
-    ~SpareDictionary() { keep(nullptr); }
-
-    XmlDictionary take() noexcept { return XmlDictionary(kept_.exchange(nullptr)); }
-    void keep(XmlDictionary dictionary) noexcept
-    {
-        constexpr int few = 5000; // names from all the documents that it has served
-        if (dictionary && xmlDictSize(dictionary.get()) > few)
-            return;
-        XmlDictionary(kept_.exchange(dictionary.release()));
-    }
-
-private:
-    std::atomic<xmlDict*> kept_{nullptr};
-};
-
-SpareDictionary spare_dictionary;
 
 /// A parser with libxml2's defaults, whatever the host program made of them.
 Parser new_parser() noexcept
@@ -405,9 +416,14 @@ void free_parsed(XmlDocument document) noexcept
         spare_dictionary.keep(std::move(dictionary));
 }
 
-void forget_names() noexcept
+void free_spare_dictionary() noexcept
 {
     spare_dictionary.keep(nullptr);
+}
+
+void leave_spare_dictionary() noexcept
+{
+    spare_dictionary.leave();
 }
 
 } // namespace kh

@@ -19,11 +19,15 @@ XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept;
 /// Parses the bytes of a file that stand in memory.
 XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept;
 
-/// Frees a document, and keeps its dictionary for the next one to be parsed: that one mostly has the same names.
+/// Frees a document, and may keep its dictionary for the next one to be parsed: that one mostly has the same names.
 void free_parsed(XmlDocument document) noexcept;
 
 /// Frees the dictionary that was kept.
-void forget_names() noexcept;
+void free_spare_dictionary() noexcept;
+
+/// The one that is kept stays when the process ends: in a forked child, freeing it could wait for ever for a lock of
+/// libxml2's that another thread held.
+void leave_spare_dictionary() noexcept;
 
 } // namespace kh
 

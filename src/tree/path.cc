@@ -158,19 +158,25 @@ long segment_with_index_at(const Document& document, std::size_t place) noexcept
     return segment >= 0 && place < document.extents[segment].end ? segment : -1;
 }
 
+/// Reads digits, no more than need no care. \return how many
+std::size_t read_digits(std::string_view path, std::size_t start, long& number) noexcept
+{
+    constexpr std::size_t most = 9;
+    const std::size_t end = std::min(path.size(), start + most);
+    std::size_t place = start;
+    number = 0;
+    for (; place < end && path[place] >= '0' && path[place] <= '9'; ++place)
+        number = 10 * number + (path[place] - '0');
+    return place - start;
+}
+
 /// The length of "NUMBER]" at the end of a segment, with a number that needs no care; 0 for all else.
 std::size_t length_of_plain_index(std::string_view path, std::size_t start, long& number) noexcept
 {
-    constexpr std::size_t most_digits = 9;
-    std::size_t length = 0;
-    number = 0;
-    for (; length <= most_digits && start + length < path.size() && path[start + length] >= '0' &&
-           path[start + length] <= '9';
-         ++length)
-        number = 10 * number + (path[start + length] - '0');
-    const std::size_t end = start + length;
+    const std::size_t digits = read_digits(path, start, number);
+    const std::size_t end = start + digits;
     const bool closed = path.substr(end, 1) == "]" && (end + 1 == path.size() || path[end + 1] == '/');
-    return closed && length > 0 && length <= most_digits ? length + 1 : 0;
+    return closed && digits > 0 ? digits + 1 : 0;
 }
 
 bool is_step_up(const Document& document, long entry) noexcept
@@ -187,6 +193,13 @@ bool has_step_up(const Document& document) noexcept
             return true;
     }
     return false;
+}
+
+/// Changes an index on the stack, which walks then follow from there on.
+void set_index(Document& document, long segment, long number) noexcept
+{
+    document.stack_index[segment] = number - 1;
+    document.walked_count = std::min(document.walked_count, segment);
 }
 
 /// Puts a path onto the stack that differs in one index alone from the one there, as paths in a loop do. False,
@@ -212,8 +225,7 @@ bool change_index(Document& document, std::string_view path, std::size_t common)
     }
     document.in_a_loop = segment > 0 && !has_step_up(document);
     document.loop_segment = segment;
-    document.stack_index[segment] = number - 1;
-    document.walked_count = std::min(document.walked_count, segment);
+    set_index(document, segment, number);
     document.extents[segment].end += length - old_length;
     for (long i = segment + 1; length != old_length && i < document.stack_count; ++i) {
         document.extents[i].start += length - old_length;
@@ -356,38 +368,34 @@ xmlNode* walked_before(const Document& document) noexcept
 
 /// The number in the brackets that differ from turn to turn of a loop, where nothing else does, and where it has as
 /// many digits as in the last turn; 0 for all else.
-long number_of_turn(const Document& document, std::string_view path) noexcept
+long next_turn(const Document& document, std::string_view path) noexcept
 {
     const Document::Extent& extent = document.extents[document.loop_segment];
     const std::string_view last = document.chopped_path;
     if (path.size() != last.size() || std::memcmp(path.data(), last.data(), extent.name_end + 1) != 0)
         return 0;
+    const std::size_t start = extent.name_end + 1;
+    const std::size_t end = extent.end - 1; // at the bracket
     long number = 0;
-    const char* digit = path.data() + extent.name_end + 1;
-    const char* const end = path.data() + extent.end - 1;
-    for (; digit < end && *digit >= '0' && *digit <= '9'; ++digit)
-        number = 10 * number + (*digit - '0');
-    const bool rest_is_equal = std::memcmp(digit, last.data() + (digit - path.data()),
-                                           static_cast<std::size_t>(path.data() + path.size() - digit)) == 0;
-    return digit == end && rest_is_equal ? number : 0;
+    return start + read_digits(path, start, number) == end && path.substr(end) == last.substr(end) ? number
+                                                                                                   : 0;
 }
 
 /// Puts another turn of a loop onto the stack; false, and no change, where the path is none.
-bool take_turn(Document& document, std::string_view path) noexcept
+bool take_next_turn(Document& document, std::string_view path) noexcept
 {
     const long segment = document.loop_segment;
-    const long number = document.in_a_loop && document.walked_count > 0 ? number_of_turn(document, path) : 0;
+    const long number = document.in_a_loop && document.walked_count > 0 ? next_turn(document, path) : 0;
     if (number == 0)
         return false;
     const Document::Extent& extent = document.extents[segment];
     const std::size_t start = extent.name_end + 1;
     path.copy(document.chopped_path.data() + start, extent.end - 1 - start, start);
-    document.stack_index[segment] = number - 1;
-    document.walked_count = std::min(document.walked_count, segment);
+    set_index(document, segment, number);
     return true;
 }
 
-/// The same from the root, going on from where the last walk of the same entries got to.
+/// Follows the stack from the root, going on from where the last walk of the same entries got to.
 xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
 {
     xmlNode* const before = document.current;
@@ -496,10 +504,10 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept
 {
-    if (!document.absolute || !document.tag_is_from_path || has_array_node(document))
+    if (path.empty() || !document.absolute || !document.tag_is_from_path || has_array_node(document))
         return nullptr;
     xmlNode* node = nullptr;
-    if (take_turn(document, path))
+    if (take_next_turn(document, path))
         node = walk_from_root(fd, document, walk_end(document), op);
     else if (path == document.chopped_path)
         node = walked_before(document);

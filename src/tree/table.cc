@@ -89,13 +89,13 @@ void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
     std::unique_ptr<Document> document = take_out(fd, opened);
     const bool last = document && table_is_empty();
     lock.unlock();
-    // The tree goes last: a large block freed behind it would make the allocator join all its pieces at once.
+    // The tree goes last: a large block freed behind it makes the allocator join all its pieces at once.
     XmlDocument tree(document ? std::exchange(document->doc, nullptr) : nullptr);
     document.reset();
     free_parsed(std::move(tree));
     // With other threads about, the clean-up would pull libxml2 from under whoever is using it.
     if (last && __libc_single_threaded) {
-        forget_names();
+        free_spare_dictionary();
         xmlCleanupParser();
     }
 }

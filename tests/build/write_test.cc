@@ -427,6 +427,16 @@ TEST(Write, DoesNotEnterEntities)
     EXPECT_EQ(written(document), type + "<r><a>&e;</a>\n</r>");
 }
 
+// libxml2 drops such a default as it reads it.
+TEST(Write, DeclaresAnAttributeWhoseDefaultIsNoValueOfItsType)
+{
+    Document document("<!DOCTYPE r [<!ATTLIST r a NMTOKENS ' '><!ATTLIST r b NMTOKEN #FIXED ' '>"
+                      "<!ATTLIST r c NMTOKEN 'd'><!ATTLIST r e CDATA #REQUIRED>]><r/>");
+    EXPECT_EQ(document.written(), "<?xml version=\"1.0\"?>\n<!DOCTYPE r [\n<!ATTLIST r a NMTOKENS #IMPLIED>\n"
+                                  "<!ATTLIST r b NMTOKEN #IMPLIED>\n<!ATTLIST r c NMTOKEN \"d\">\n"
+                                  "<!ATTLIST r e CDATA #REQUIRED>\n]>\n<r/>\n");
+}
+
 TEST(TraverseAndFormat, StartsAtANodeAndFollowsItsSiblings)
 {
     Document document("<r><a><b/></a><c><d/></c><e/></r>");

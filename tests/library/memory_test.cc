@@ -236,6 +236,19 @@ TEST_F(WithoutMemory, TakesAPathApartAnewThatHasAnotherIndex)
     }
 }
 
+TEST_F(WithoutMemory, TakesNoEmptyPathForTheOneThatItCouldNotRemember)
+{
+    support::Document document("<r><element_of_a_long_name>7</element_of_a_long_name></r>");
+    for (long allocation = 0; allocation < 6; ++allocation) {
+        long status = support::untouched;
+        fails_at(allocation, false,
+                 [&] { kh_tree_go_to_path_node(&document.fd, "/r/element_of_a_long_name", &status); });
+        EXPECT_EQ(status == KH_OK || status == KH_ERR_MEMORY, true) << status;
+        EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "", &status), KH_ERR_ARGUMENT);
+        EXPECT_EQ(document.slot()->stack_count, 0);
+    }
+}
+
 TEST_F(WithoutMemory, ReportsAllTheSameAndKeepsNoLastReport)
 {
     long fd = 512;

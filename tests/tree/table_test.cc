@@ -2,7 +2,9 @@
 #include "support/nodes.h"
 #include "support/outcome.h"
 
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <fcntl.h>
 #include <future>
 #include <libxml/encoding.h>
@@ -751,35 +753,58 @@ bool opens_and_releases()
     return status == KH_OK && kh_tree_cleanup_parser(&fd, &status) == KH_OK;
 }
 
-TEST(Fork, WaitsForTheLockThatAnotherThreadHolds)
+TEST(Fork, FreesTheLockInTheChildWhoeverHoldsIt)
 {
     const Document kept; // libxml2 stays as it is while there are documents
-    std::promise<void> locked;
+    std::promise<void> locked, forked;
     std::thread other([&] {
         pthread_mutex_lock(&parser_mutex);
         locked.set_value();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        forked.get_future().wait();
         pthread_mutex_unlock(&parser_mutex);
     });
     locked.get_future().wait();
     EXPECT_EQ(status_of_child(opens_and_releases), 0);
+    forked.set_value();
     other.join();
     EXPECT_TRUE(opens_and_releases());
+    pthread_mutex_lock(&parser_mutex);
+    EXPECT_EQ(status_of_child(opens_and_releases), 0);
+    EXPECT_NE(pthread_mutex_trylock(&parser_mutex), 0) << "the parent still holds it";
+    pthread_mutex_unlock(&parser_mutex);
 }
 
-TEST(Fork, LeavesALockToTheThreadThatHoldsIt)
+TEST_F(Table, KeepsNoSlotInAChildForAFileThatTheParentOpens)
 {
-    const Document kept;
-    pthread_mutex_lock(&parser_mutex);
-    EXPECT_EQ(status_of_child([] {
-                  const bool was_locked = pthread_mutex_trylock(&parser_mutex) != 0;
-                  pthread_mutex_unlock(&parser_mutex);
-                  return was_locked && opens_and_releases();
-              }),
-              0);
-    EXPECT_NE(pthread_mutex_trylock(&parser_mutex), 0);
-    pthread_mutex_unlock(&parser_mutex);
-    EXPECT_TRUE(opens_and_releases());
+    SlowFile slow(folder.path("pipe.xml"));
+    EXPECT_EQ(status_of_child([] { return create() == 0; }), 0);
+    EXPECT_EQ(create(), 1) << "the parent still opens it";
+    EXPECT_EQ(slow.finish("<R/>"), 0);
+    EXPECT_EQ(slow.status, 0);
+}
+
+// The dictionary of a closed document is kept for the next one.
+TEST_F(Table, LetsAChildEndWhileThreadsOfTheParentUseTheParser)
+{
+    open("<R/>");
+    release(open("<R/>"));
+    std::atomic<bool> ends{false};
+    std::thread other([&] {
+        while (!ends)
+            xmlFreeDoc(xmlReadMemory("<R/>", 4, nullptr, nullptr, 0));
+    });
+    for (int i = 0; i < 100; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(10);
+            std::exit(0);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_FALSE(WIFSIGNALED(status)) << WTERMSIG(status);
+    }
+    ends = true;
+    other.join();
 }
 
 TEST(FunctionWithoutAStatus, GivesNullOrZeroForABadDescriptor)
