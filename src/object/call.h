@@ -5,8 +5,10 @@
 
 #include "frame/memory.h"
 #include "frame/operation.h"
+#include "read/value.h"
 
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <type_traits>
@@ -73,84 +75,79 @@ long call(const char* method, Function function, const Arguments&... arguments)
     return status;
 }
 
-/// Receives a value that a call stores: a number, or a text, which is owned.
-template <class Value>
-class Received {
+/// Receives a text that a call makes, and owns it.
+class ReceivedText {
 public:
-    Received() = default;
-    Received(const Received&) = delete;
-    Received& operator=(const Received&) = delete;
-    ~Received()
-    {
-        if constexpr (std::is_pointer_v<Value>)
-            std::free(value_);
-    }
-    Value* address() noexcept { return &value_; }
+    ReceivedText() = default;
+    ReceivedText(const ReceivedText&) = delete;
+    ReceivedText& operator=(const ReceivedText&) = delete;
+    ~ReceivedText() { std::free(text_); }
+    char** address() noexcept { return &text_; }
 
-    auto result() const
-    {
-        if constexpr (std::is_pointer_v<Value>)
-            return std::string(value_ ? value_ : "");
-        else
-            return value_;
-    }
+    std::string text() const { return text_ ? text_ : ""; }
 
 private:
-    Value value_{};
+    char* text_ = nullptr;
 };
 
-/// Reads a value of type Value: `char*`, `long` or `double`.
-template <class Value, class Function, class... Arguments>
-auto read_value(const char* method, Function read, const Arguments&... arguments)
+/// Reads a value of type Number: `long` or `double`.
+template <class Number, class Function, class... Arguments>
+Number read_value(const char* method, Function read, const Arguments&... arguments)
 {
-    Received<Value> received;
-    call(method, read, arguments..., received.address());
-    return received.result();
+    Number number = 0;
+    call(method, read, arguments..., &number);
+    return number;
 }
 
-/// Receives an array that a call stores, and the texts in it.
-template <class Entry>
+/// Reads a text, which is copied once, from where it stands.
+template <class Function, class... Arguments>
+std::string read_text(const char* method, Function read, const Arguments&... arguments)
+{
+    TextTarget target = TextTarget::in_place();
+    call(method, read, arguments..., std::ref(target));
+    return target.text();
+}
+
+/// Receives an array of numbers that a call stores.
+template <class Number>
 class ReceivedArray {
 public:
     ReceivedArray() = default;
     ReceivedArray(const ReceivedArray&) = delete;
     ReceivedArray& operator=(const ReceivedArray&) = delete;
-    ~ReceivedArray()
-    {
-        if constexpr (std::is_pointer_v<Entry>)
-            for (long i = 0; i < count_; ++i)
-                std::free(entries_[i]);
-        std::free(entries_);
-    }
-    Entry** address() noexcept { return &entries_; }
+    ~ReceivedArray() { std::free(numbers_); }
+    Number** address() noexcept { return &numbers_; }
     long* count() noexcept { return &count_; }
 
     /// Appends all or, where memory runs out, nothing.
-    template <class Value>
-    void append_to(std::vector<Value>& values) const
+    void append_to(std::vector<Number>& values) const
     {
-        if constexpr (std::is_same_v<Entry, Value>) {
-            values.insert(values.end(), entries_, entries_ + count_);
-        } else {
-            // Made beside the vector: a text that failed inside it would cost the texts that it holds.
-            std::vector<Value> made(entries_, entries_ + count_);
-            values.insert(values.end(), std::make_move_iterator(made.begin()),
-                          std::make_move_iterator(made.end()));
-        }
+        values.insert(values.end(), numbers_, numbers_ + count_);
     }
 
 private:
-    Entry* entries_ = nullptr;
+    Number* numbers_ = nullptr;
     long count_ = 0;
 };
 
-/// Appends the array that a call reads.
-template <class Entry, class Value, class Function, class... Arguments>
-void read_array(std::vector<Value>& values, const char* method, Function read, const Arguments&... arguments)
+/// Appends the numbers that a call reads.
+template <class Number, class Function, class... Arguments>
+void read_array(std::vector<Number>& values, const char* method, Function read, const Arguments&... arguments)
 {
-    ReceivedArray<Entry> array;
+    ReceivedArray<Number> array;
     call(method, read, arguments..., array.address(), array.count());
     array.append_to(values);
+}
+
+/// Appends the texts that a call reads: all or, where anything fails, none.
+template <class Function, class... Arguments>
+void read_strings(std::vector<std::string>& values, const char* method, Function read,
+                  const Arguments&... arguments)
+{
+    std::vector<std::string> strings;
+    call(method, read, arguments..., std::ref(strings));
+    values.insert(values.end(), std::make_move_iterator(strings.begin()),
+                  std::make_move_iterator(strings.end()));
 }
 
 } // namespace kh

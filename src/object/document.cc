@@ -117,7 +117,7 @@ void XmlFile::readMemory(const std::string& data)
 
 std::string XmlFile::toString()
 {
-    kh::Received<char*> data;
+    kh::ReceivedText data;
     long size = 0;
     call("XmlFile::toString", kh_tree_write_memory, &descriptor_, data.address(), &size);
     return {*data.address(), static_cast<std::size_t>(size)}; // some encodings have zero bytes
@@ -187,9 +187,9 @@ struct _xmlNode* XmlFile::nextSibling()
 
 std::string XmlFile::currentElementName() const
 {
-    long descriptor = descriptor_;
-    return kh::read_value<char*>("XmlFile::currentElementName", kh_tree_get_current_element_name,
-                                 &descriptor);
+    const char* name = nullptr;
+    call("XmlFile::currentElementName", kh::get_current_name, &descriptor_, &name);
+    return name;
 }
 
 std::string XmlFile::currentPathName() const

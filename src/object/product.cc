@@ -26,7 +26,7 @@ public:
             std::free(value_);
     }
     char** address() noexcept { return &value_; }
-    std::string result() const { return value_; }
+    std::string text() const { return value_; }
 
 private:
     char number_[21] = ""; // as many as the longest number has
@@ -70,22 +70,22 @@ std::string XmlFile::getFixedHeaderItem(const std::string& item)
 {
     ReceivedItem value;
     call("XmlFile::getFixedHeaderItem", kh_tree_get_fixed_header_item, &descriptor_, item, value.address());
-    return value.result();
+    return value.text();
 }
 
 FixedHeader XmlFile::getFixedHeader()
 {
-    kh::Received<char*> file_name, file_description, notes, mission, file_class, file_type, validity_start,
+    kh::ReceivedText file_name, file_description, notes, mission, file_class, file_type, validity_start,
         validity_stop, system, creator, creator_version, creation_date;
-    kh::Received<long> file_version;
+    long file_version = 0;
     call("XmlFile::getFixedHeader", kh_tree_get_fixed_header_items, &descriptor_, file_name.address(),
          file_description.address(), notes.address(), mission.address(), file_class.address(),
-         file_type.address(), validity_start.address(), validity_stop.address(), file_version.address(),
+         file_type.address(), validity_start.address(), validity_stop.address(), &file_version,
          system.address(), creator.address(), creator_version.address(), creation_date.address());
-    return FixedHeader(file_name.result(), FixedHeader().schema, file_description.result(), notes.result(),
-                       mission.result(), file_class.result(), file_type.result(), validity_start.result(),
-                       validity_stop.result(), file_version.result(), system.result(), creator.result(),
-                       creator_version.result(), creation_date.result(), FixedHeader().headerType);
+    return FixedHeader(file_name.text(), FixedHeader().schema, file_description.text(), notes.text(),
+                       mission.text(), file_class.text(), file_type.text(), validity_start.text(),
+                       validity_stop.text(), file_version, system.text(), creator.text(),
+                       creator_version.text(), creation_date.text(), FixedHeader().headerType);
 }
 
 std::string XmlFile::createFileName(long satId, const std::string& fileClass, const std::string& fileType,

@@ -1,6 +1,7 @@
 // Reading values: single ones, arrays, lists and searches.
 #include "object/call.h"
 #include "product/search.h"
+#include "read/array.h"
 
 #include <kalv/XmlFile.h>
 #include <kalv/read.h>
@@ -8,13 +9,14 @@
 namespace KALV {
 
 using kh::read_array;
+using kh::read_strings;
+using kh::read_text;
 using kh::read_value;
 using kh::ReadName;
 
 std::string XmlFile::getElementValueAsString(const std::string& element)
 {
-    return read_value<char*>("XmlFile::getElementValueAsString", kh_tree_read_string_element_value,
-                             &descriptor_, ReadName{element});
+    return read_text("XmlFile::getElementValueAsString", kh::read_element, &descriptor_, ReadName{element});
 }
 
 long XmlFile::getElementValueAsInt(const std::string& element)
@@ -31,8 +33,8 @@ double XmlFile::getElementValueAsReal(const std::string& element)
 
 std::string XmlFile::getAttributeValueAsString(const std::string& element, const std::string& attribute)
 {
-    return read_value<char*>("XmlFile::getAttributeValueAsString", kh_tree_read_string_attribute,
-                             &descriptor_, ReadName{element}, ReadName{attribute});
+    return read_text("XmlFile::getAttributeValueAsString", kh::read_attribute, &descriptor_,
+                     ReadName{element}, ReadName{attribute});
 }
 
 long XmlFile::getAttributeValueAsInt(const std::string& element, const std::string& attribute)
@@ -49,8 +51,7 @@ double XmlFile::getAttributeValueAsReal(const std::string& element, const std::s
 
 std::string XmlFile::getPathValueAsString(const std::string& path)
 {
-    return read_value<char*>("XmlFile::getPathValueAsString", kh_tree_path_read_string_node_value,
-                             &descriptor_, path);
+    return read_text("XmlFile::getPathValueAsString", kh::read_path, &descriptor_, path);
 }
 
 long XmlFile::getPathValueAsInt(const std::string& path)
@@ -67,26 +68,26 @@ double XmlFile::getPathValueAsReal(const std::string& path)
 
 void XmlFile::getElementArrayAsInt(const std::string& element, std::vector<long>& values)
 {
-    read_array<long>(values, "XmlFile::getElementArrayAsInt", kh_tree_read_integer_element_array,
-                     &descriptor_, ReadName{element});
+    read_array(values, "XmlFile::getElementArrayAsInt", kh_tree_read_integer_element_array, &descriptor_,
+               ReadName{element});
 }
 
 void XmlFile::getElementArrayAsReal(const std::string& element, std::vector<double>& values)
 {
-    read_array<double>(values, "XmlFile::getElementArrayAsReal", kh_tree_read_real_element_array,
-                       &descriptor_, ReadName{element});
+    read_array(values, "XmlFile::getElementArrayAsReal", kh_tree_read_real_element_array, &descriptor_,
+               ReadName{element});
 }
 
 void XmlFile::getElementArrayAsString(const std::string& element, std::vector<std::string>& values)
 {
-    read_array<char*>(values, "XmlFile::getElementArrayAsString", kh_tree_read_string_element_array,
-                      &descriptor_, ReadName{element});
+    read_strings(values, "XmlFile::getElementArrayAsString", kh::read_element_strings, &descriptor_,
+                 ReadName{element});
 }
 
 void XmlFile::getPathArrayAsInt(const std::string& path, std::vector<long>& values)
 {
-    read_array<long>(values, "XmlFile::getPathArrayAsInt", kh_tree_path_read_integer_node_array, &descriptor_,
-                     path);
+    read_array(values, "XmlFile::getPathArrayAsInt", kh_tree_path_read_integer_node_array, &descriptor_,
+               path);
 }
 
 // The one read that fails in silence: callers rely on an empty result instead of an exception.
@@ -101,8 +102,7 @@ void XmlFile::getPathArrayAsReal(const std::string& path, std::vector<double>& v
 
 void XmlFile::getPathArrayAsString(const std::string& path, std::vector<std::string>& values)
 {
-    read_array<char*>(values, "XmlFile::getPathArrayAsString", kh_tree_path_read_string_node_array,
-                      &descriptor_, path);
+    read_strings(values, "XmlFile::getPathArrayAsString", kh::read_path_strings, &descriptor_, path);
 }
 
 void XmlFile::getStringValuesFromList(const std::string& listPath, const std::string& item,

@@ -3,6 +3,8 @@
 // One loop for each of the two families; what differs between texts, integers and reals is what they are
 // gathered in. Numbers are converted where the text stands. A text that is no number stops the conversion,
 // but is reported only once all texts could be read: a text that cannot be read comes first.
+#include "read/array.h"
+
 #include "read/growing_array.h"
 #include "read/value.h"
 #include "tree/cursor.h"
@@ -31,6 +33,26 @@ public:
     }
 
     GrowingArray<char*> array;
+};
+
+/// Gathers texts in a vector.
+class Strings {
+public:
+    explicit Strings(std::vector<std::string>& values) noexcept : array{values} {}
+
+    bool add(const char* text, Operation& op) noexcept
+    {
+        op.guarded([&] { array.values.emplace_back(text); });
+        return !op.failed();
+    }
+
+    struct {
+        std::vector<std::string>& values;
+
+        bool start(Operation&) const noexcept { return true; }
+        bool shrink(Operation&) const noexcept { return true; }
+        long count() const noexcept { return static_cast<long>(values.size()); }
+    } array;
 };
 
 /// Gathers numbers in an array that becomes the caller's at the end.
@@ -385,6 +407,21 @@ long read_path_numbers(const char* name, long* fd, const char* path, Number** ou
 }
 
 } // namespace
+
+long read_element_strings(long* fd, const char* element, std::vector<std::string>& values,
+                          long* ierr) noexcept
+{
+    Strings strings(values);
+    long count = 0;
+    return read_elements(fd, element, true, strings, &count, ierr);
+}
+
+long read_path_strings(long* fd, const char* path, std::vector<std::string>& values, long* ierr) noexcept
+{
+    Strings strings(values);
+    long count = 0;
+    return read_path_nodes(fd, path, true, strings, &count, ierr);
+}
 
 } // namespace kh
 

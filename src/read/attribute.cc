@@ -40,6 +40,18 @@ const char* attribute_text(const xmlNode* element, const char* name, std::string
     return expanded.c_str();
 }
 
+template <class Number>
+long read_attribute_number(const char* name, long* fd, const char* element, const char* attribute,
+                           Number* value, long* ierr) noexcept
+{
+    Operation op(name, ierr);
+    return read_number(op, value, [&](TextTarget& target, long* status) {
+        read_attribute(fd, element, attribute, target, status);
+    });
+}
+
+} // namespace
+
 /// The text read that all variants share; it reports under the name of the text variant.
 long read_attribute(long* fd, const char* element, const char* attribute, TextTarget& target,
                     long* ierr) noexcept
@@ -67,18 +79,6 @@ long read_attribute(long* fd, const char* element, const char* attribute, TextTa
     target.take(text, op.error_vector());
     return op.status() == KH_OK ? op.status() : op.pass_on();
 }
-
-template <class Number>
-long read_attribute_number(const char* name, long* fd, const char* element, const char* attribute,
-                           Number* value, long* ierr) noexcept
-{
-    Operation op(name, ierr);
-    return read_number(op, value, [&](TextTarget& target, long* status) {
-        read_attribute(fd, element, attribute, target, status);
-    });
-}
-
-} // namespace
 
 } // namespace kh
 

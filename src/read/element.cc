@@ -28,6 +28,16 @@ long read_current_element(const Document& document, TextTarget& target, long* ie
     return op.status() == KH_OK ? op.status() : op.pass_on();
 }
 
+template <class Number>
+long read_element_number(const char* name, long* fd, const char* element, Number* value, long* ierr) noexcept
+{
+    Operation op(name, ierr);
+    return read_number(op, value,
+                       [&](TextTarget& target, long* status) { read_element(fd, element, target, status); });
+}
+
+} // namespace
+
 /// The text read that all variants share; it reports under the name of the text variant.
 long read_element(long* fd, const char* element, TextTarget& target, long* ierr) noexcept
 {
@@ -44,15 +54,21 @@ long read_element(long* fd, const char* element, TextTarget& target, long* ierr)
     return op.failed() ? op.pass_on() : op.status();
 }
 
-template <class Number>
-long read_element_number(const char* name, long* fd, const char* element, Number* value, long* ierr) noexcept
+long get_current_name(const long* fd, const char** name, long* ierr) noexcept
 {
-    Operation op(name, ierr);
-    return read_number(op, value,
-                       [&](TextTarget& target, long* status) { read_element(fd, element, target, status); });
+    Operation op("kh_tree_get_current_element_name", ierr);
+    const Document* document = document_with_root(op, fd);
+    if (!document)
+        return op.status();
+    if (!name)
+        return op.null_argument();
+    if (!document->current)
+        return op.fail(KH_ERR_NO_CURRENT);
+    if (!is_element(document->current))
+        return op.fail(KH_ERR_NOT_ELEMENT);
+    *name = name_of(document->current);
+    return op.status();
 }
-
-} // namespace
 
 void read_found_element(const Document& document, TextTarget& target, long* ierr) noexcept
 {
@@ -69,22 +85,16 @@ using kh::TextTarget;
 
 long kh_tree_get_current_element_name(long* fd, char** name, long* ierr)
 {
-    Operation op("kh_tree_get_current_element_name", ierr);
-    const Document* document = document_with_root(op, fd);
-    if (!document)
-        return op.status();
-    if (!name)
-        return op.null_argument();
-    if (!document->current)
-        return op.fail(KH_ERR_NO_CURRENT);
-    if (!kh::is_element(document->current))
-        return op.fail(KH_ERR_NOT_ELEMENT);
-    kh::Block<char> copy = kh::copy_of(kh::name_of(document->current));
+    const char* text = nullptr;
+    const long status = kh::get_current_name(fd, name ? &text : nullptr, ierr);
+    if (status != KH_OK)
+        return status;
+    kh::Block<char> copy = kh::copy_of(text);
     if (!copy)
-        return op.fail(KH_ERR_MEMORY);
+        return Operation("kh_tree_get_current_element_name", ierr).fail(KH_ERR_MEMORY);
     std::free(*name);
     *name = copy.release();
-    return op.status();
+    return status;
 }
 
 long kh_tree_get_current_element_value(long* fd, char** value, long* ierr)

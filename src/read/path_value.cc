@@ -31,8 +31,17 @@ const xmlNode* follow(long* fd, Document& document, const char* path, Operation&
     return node;
 }
 
-/// The text read that all variants share. It reports under a name that is not the text variant's own: callers
-/// compare these reports.
+template <class Number>
+long read_path_number(const char* name, long* fd, const char* path, Number* value, long* ierr) noexcept
+{
+    Operation op(name, ierr);
+    return read_number(op, value,
+                       [&](TextTarget& target, long* status) { read_path(fd, path, target, status); });
+}
+
+} // namespace
+
+/// The text read that all variants share.
 long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept
 {
     Operation op("kh_tree_path_read_string_element_value", ierr);
@@ -57,16 +66,6 @@ long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexc
     target.take(text, op.error_vector());
     return op.failed() ? op.pass_on() : op.status();
 }
-
-template <class Number>
-long read_path_number(const char* name, long* fd, const char* path, Number* value, long* ierr) noexcept
-{
-    Operation op(name, ierr);
-    return read_number(op, value,
-                       [&](TextTarget& target, long* status) { read_path(fd, path, target, status); });
-}
-
-} // namespace
 
 const char* text_at_path_end(const Document& document, const xmlNode* node, const char* path,
                              Operation& op) noexcept

@@ -21,6 +21,8 @@ public:
     explicit TextTarget(char** copy) noexcept : copy_(copy), missing_(!copy) {}
     /// Leaves the text where it stands, for an output of a number.
     static TextTarget for_number(const void* output) noexcept { return TextTarget(!output); }
+    /// The same for whoever takes text() before the next call.
+    static TextTarget in_place() noexcept { return TextTarget(false); }
     TextTarget(const TextTarget&) = delete;
     TextTarget& operator=(const TextTarget&) = delete;
 
@@ -71,6 +73,20 @@ long read_number(Operation& op, Number* value, ReadText read_text) noexcept
     *value = converted<Number>(target.text(), op.error_vector());
     return op.status() == KH_OK ? op.status() : op.pass_on();
 }
+
+/// What kh_tree_read_string_element_value() does, into a target.
+long read_element(long* fd, const char* element, TextTarget& target, long* ierr) noexcept;
+
+/// What kh_tree_read_string_attribute() does, into a target.
+long read_attribute(long* fd, const char* element, const char* attribute, TextTarget& target,
+                    long* ierr) noexcept;
+
+/// What kh_tree_path_read_string_node_value() does, into a target. It reports under a name that is not that
+/// function's: callers compare these reports.
+long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept;
+
+/// What kh_tree_get_current_element_name() does; the name stays the element's. A null `name` is a missing output.
+long get_current_name(const long* fd, const char** name, long* ierr) noexcept;
 
 /// Reads the value of the element under the cursor, as kh_tree_read_next_element() does and reports it.
 void read_found_element(const Document& document, TextTarget& target, long* ierr) noexcept;
