@@ -91,8 +91,8 @@ KH_EXPORT struct _xmlNode* kh_tree_go_to_parent(long* fd, struct _xmlNode* node,
  *  \return the attribute, or null */
 KH_EXPORT struct _xmlAttr* kh_tree_go_to_attribute(struct _xmlNode* node, const char* at_name);
 
-/** The place of an element among its siblings of the same name.
- *  \param[in] node      the element
+/** The place of a node among the elements beside it that have its name.
+ *  \param[in] node      the element; another node counts as one more
  *  \param[out] total    how many there are, the element included; may be null
  *  \param[out] position the 1-based place; may be null
  *  \return the total; 0 for a null node */

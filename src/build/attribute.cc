@@ -173,6 +173,8 @@ bool NewValue::make_in(xmlNode* element, xmlNs* space, const char* local_name, c
 {
     const std::string prefix = space->prefix ? std::string(from_xml(space->prefix)) + ":" : std::string();
     xmlAttr* attribute = attribute_written(element, (prefix + local_name).c_str());
+    if (!attribute)
+        attribute = attribute_in(element, *space, to_xml(local_name));
     return attribute ? make_text(attribute, value)
                      : make_attribute(element, space, to_xml(local_name), value);
 }

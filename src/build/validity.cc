@@ -117,7 +117,8 @@ bool is_xml_name(std::string_view text) noexcept
 
 bool is_node_name(std::string_view text) noexcept
 {
-    return is_xml_name(text) && !is_unreadable(text);
+    constexpr std::size_t longest = 10'000'000; // that libxml2 reads
+    return text.size() <= longest && is_xml_name(text) && !is_unreadable(text);
 }
 
 std::size_t write_utf8(unsigned long code_point, char* bytes) noexcept

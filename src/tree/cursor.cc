@@ -265,9 +265,9 @@ xmlAttr* kh_tree_go_to_attribute(xmlNode* node, const char* at_name)
 
 long kh_tree_get_sibling_index(xmlNode* node, long* total, long* position)
 {
-    if (!node || !node->name)
+    if (!node)
         return 0;
-    const char* name = kh::from_xml(node->name);
+    const char* name = kh::name_of(node); // no element is named as a node without name
     long following = 0;
     long preceding = 0;
     for (const xmlNode* sibling = node->next; sibling; sibling = sibling->next)

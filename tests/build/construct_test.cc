@@ -381,6 +381,15 @@ TEST_P(Add, RefusesNamesThatXmlDoesNotAllow)
     EXPECT_EQ(in_memory(document), "<r>\n  <a/>\n</r>");
 }
 
+TEST_P(Add, TakesNamesAsLongAsTheyCanBeRead)
+{
+    const std::string longest(10'000'000, 'n');
+    EXPECT_EQ(add("/r/a", (longest + "n").c_str()).status, KH_ERR_ARGUMENT);
+    EXPECT_EQ(in_memory(document), "<r>\n  <a/>\n</r>");
+    EXPECT_EQ(add("/r/a", longest.c_str()), success);
+    EXPECT_EQ(Document(document.written()).status, KH_OK);
+}
+
 TEST_P(Add, CutsTheReportOfALongBadName)
 {
     EXPECT_EQ(add("/r/a", (" " + std::string(1000, 'x')).c_str()).report.size(), 511U);

@@ -209,6 +209,15 @@ TEST(SetSchema, PutsTheLocationIntoTheFirstDeclaredNamespace)
     });
 }
 
+TEST(SetSchema, ReplacesTheLocationUnderAnotherPrefixOfItsNamespace)
+{
+    const std::string prefixes = " xmlns:p=\"urn:p\" xmlns:q=\"urn:p\"" + xsi;
+    expect_settings({
+        {"<r" + prefixes + " q:schemaLocation=\"old\"/>", "urn:n f.xsd", 1,
+         "<r" + prefixes + " q:schemaLocation=\"urn:n f.xsd\" xmlns=\"urn:n\"/>"},
+    });
+}
+
 // Callers rely on it: an attribute's name stands where its namespace belongs.
 TEST(SetSchema, RemovesAttributesOfANamespaceCalledLikeTheLocation)
 {

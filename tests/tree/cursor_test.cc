@@ -462,6 +462,18 @@ TEST(SiblingIndex, CountsTheElementsOfTheSameName)
     }
 }
 
+TEST(SiblingIndex, CountsANodeWithoutNameAloneOnceAndBesideItsLikes)
+{
+    const Document document("<R><![CDATA[one]]><A/><![CDATA[two]]></R>");
+    for (const xmlNode* node : {document.root()->children, document.root()->last}) {
+        ASSERT_EQ(node->type, XML_CDATA_SECTION_NODE);
+        long total = untouched, position = untouched;
+        EXPECT_EQ(kh_tree_get_sibling_index(const_cast<xmlNode*>(node), &total, &position), 1);
+        EXPECT_EQ(total, 1);
+        EXPECT_EQ(position, 1);
+    }
+}
+
 TEST(SiblingIndex, ToleratesNullArguments)
 {
     const Document document("<R><A/><A/></R>");

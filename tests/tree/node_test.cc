@@ -262,7 +262,9 @@ TEST(GoToNode, TakesTheDocumentItselfWhichHasNoName)
         << "the next element of the name is read";
     EXPECT_EQ(value.string(), "1");
     long total = 0, position = 0;
-    EXPECT_EQ(kh_tree_get_sibling_index(top, &total, &position), 0);
+    EXPECT_EQ(kh_tree_get_sibling_index(top, &total, &position), 1);
+    EXPECT_EQ(total, 1);
+    EXPECT_EQ(position, 1);
 }
 
 } // namespace
