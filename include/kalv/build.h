@@ -201,8 +201,9 @@ KH_EXPORT void KH_Set_Schema(long* fd, const char* schema, const long* mode);
  *  \param[in] schema    as for KH_Set_Schema()
  *  \param[in] mode      as for KH_Set_Schema()
  *  \param[out] ierr     the status
- *  \return the status: 0; #KH_ERR_ARGUMENT null argument, or a text that no file can hold; #KH_ERR_PARSE; #KH_ERR_ARGUMENT mode outside 0 to
- *          3: the document then stays open, which callers rely on; #KH_ERR_SAVE */
+ *  \return the status: 0; #KH_ERR_ARGUMENT null argument, or a text to be set that no file can hold;
+ *          #KH_ERR_PARSE; #KH_ERR_ARGUMENT mode outside 0 to 3: the document then stays open, which callers
+ *          rely on; #KH_ERR_SAVE */
 KH_EXPORT long kh_set_schema(const char* file_name, const char* schema, const long* mode, long* ierr);
 /**@}*/
 

@@ -21,6 +21,22 @@ constexpr const char* default_declaration = "xmlns";
 
 enum Mode : long { set_all = 0, set_without_version = 1, remove_all = 2, remove_location = 3 };
 
+bool is_mode(long mode) noexcept
+{
+    return mode >= set_all && mode <= remove_location;
+}
+
+bool sets_reference(long mode) noexcept
+{
+    return mode == set_all || mode == set_without_version;
+}
+
+/// False for a text that would be written and that no file can hold.
+bool can_be_written(const char* schema, long mode) noexcept
+{
+    return !sets_reference(mode) || is_xml_text(schema);
+}
+
 /// What a schema text says: a namespace URI, and the value of the location.
 struct Reference {
     std::string uri;
@@ -158,7 +174,7 @@ bool set_schema(Document& document, const std::string& schema, long mode)
     const Reference reference(schema);
     const std::string version = version_of(schema);
     xmlNode* element = document.current;
-    const bool sets = mode == set_all || mode == set_without_version;
+    const bool sets = sets_reference(mode);
     const bool sets_version = mode == set_all && !version.empty();
     const bool removes_version = mode == set_all || mode == remove_all;
 
@@ -194,18 +210,13 @@ bool set_schema(Document& document, const std::string& schema, long mode)
     return true;
 }
 
-bool is_mode(long mode) noexcept
-{
-    return mode >= set_all && mode <= remove_location;
-}
-
 /// The same for what callers hand over; what makes no sense changes nothing. \return false when memory ran
 /// out
 bool set_schema_if_possible(const long* fd, const char* schema, const long* mode) noexcept
 {
     Document* document = find_document(fd);
     if (!document || !document->current || !is_element(document->current) || !schema || !mode ||
-        !is_mode(*mode) || !is_xml_text(schema))
+        !is_mode(*mode) || !can_be_written(schema, *mode))
         return true;
     try {
         return set_schema(*document, schema, *mode);
@@ -230,7 +241,7 @@ long kh_set_schema(const char* file_name, const char* schema, const long* mode, 
     Operation op("kh_set_schema", ierr);
     if (!file_name || !schema || !mode)
         return op.null_argument();
-    if (!kh::is_xml_text(schema))
+    if (!kh::can_be_written(schema, *mode))
         return op.fail(KH_ERR_ARGUMENT, ". Value: %s", schema);
     long fd = kh_tree_init_parser(file_name, op.error_vector());
     if (op.status() != KH_OK)

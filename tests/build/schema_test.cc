@@ -506,4 +506,17 @@ TEST(SetSchema, DoesNothingWithATextThatNoFileCanHold)
     }
 }
 
+TEST(SetSchema, RemovesWhateverTheTextIs)
+{
+    for (const long mode : {2L, 3L}) {
+        expect_settings({{"<r a=\"1\"/>", "\x01", mode, "<r/>"}, {"<r a=\"1\"/>", "\xff", mode, "<r/>"}});
+    }
+    const support::TemporaryFolder folder;
+    const std::string name = folder.file("file.xml", "<r a='1'/>");
+    const long mode = 2;
+    EXPECT_EQ(support::outcome_of([&](long* ierr) { kh_set_schema(name.c_str(), "\xff", &mode, ierr); }),
+              success);
+    EXPECT_EQ(support::content_of(name), "<?xml version=\"1.0\"?>\n<r/>\n");
+}
+
 } // namespace
