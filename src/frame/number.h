@@ -41,6 +41,13 @@ inline bool is_out_of_range(double value) noexcept
     return std::isinf(value);
 }
 
+/// True for what converts without a report.
+template <class Number>
+bool is_number(const Parsed<Number>& parsed) noexcept
+{
+    return parsed.found && !is_out_of_range(parsed.value);
+}
+
 /// The exported conversion for a type of number, which reports.
 template <class Number>
 Number converted(const char* text, long* ierr) noexcept;

@@ -62,7 +62,7 @@ public:
     bool add(const char* text, Operation& op) noexcept
     {
         const Parsed<Number> number = bad_text_ ? Parsed<Number>() : parse<Number>(text);
-        if (!bad_text_ && (!number.found || is_out_of_range(number.value)))
+        if (!bad_text_ && !is_number(number))
             bad_text_ = text;
         return array.add(number.value, op);
     }

@@ -62,7 +62,7 @@ private:
 };
 
 /// Reads a text and stores its number. What the conversion yields is stored beside its code, too; where the
-/// text cannot be read, the number stays as it is.
+/// text cannot be read, the number stays as it is. A warning of the text's does not outlast the conversion.
 template <class Number, class ReadText>
 long read_number(Operation& op, Number* value, ReadText read_text) noexcept
 {
@@ -70,8 +70,12 @@ long read_number(Operation& op, Number* value, ReadText read_text) noexcept
     read_text(target, op.error_vector());
     if (op.failed())
         return op.pass_on();
-    *value = converted<Number>(target.text(), op.error_vector());
-    return op.status() == KH_OK ? op.status() : op.pass_on();
+    const Parsed<Number> number = parse<Number>(target.text());
+    *value = number.value;
+    if (is_number(number))
+        return *op.error_vector() = KH_OK;
+    converted<Number>(target.text(), op.error_vector());
+    return op.pass_on();
 }
 
 /// What kh_tree_read_string_element_value() does, into a target.

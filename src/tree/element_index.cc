@@ -173,14 +173,7 @@ ElementIndex::Position ElementIndex::next_named(Name name, Position position) no
     return position;
 }
 
-ElementIndex::Position ElementIndex::sibling_named(Name name, Position position, Position end) const noexcept
-{
-    while (position < end && names_[position] != name)
-        position = end_at(position);
-    return position;
-}
-
-ElementIndex::Children& ElementIndex::find_children(Position parent, Name name)
+ElementIndex::Children& ElementIndex::children(Position parent, Name name)
 {
     for (std::size_t tried = 0; tried < std::size(lists_); ++tried) {
         Children& list = lists_[last_list_];
@@ -194,16 +187,9 @@ ElementIndex::Children& ElementIndex::find_children(Position parent, Name name)
     return lists_[last_list_];
 }
 
-ElementIndex::Position ElementIndex::child_at(Position parent, Name name, std::size_t index) noexcept
+ElementIndex::Position ElementIndex::far_child_at(Position parent, Name name, std::size_t index) noexcept
 {
     const Position end = end_at(parent);
-    constexpr std::size_t near = 8;
-    if (index < near) {
-        Position child = sibling_named(name, parent + 1, end);
-        for (; index > 0 && child < end; --index)
-            child = sibling_named(name, end_at(child), end);
-        return child < end ? child : none;
-    }
     try {
         std::vector<Position>& positions = children(parent, name).positions;
         while (positions.size() <= index) {

@@ -93,9 +93,20 @@ public:
     /// The first of a name from a position on, in document order; `count()` if there is none.
     Position next_named(Name name, Position position) noexcept;
     /// The same among siblings; `end` if there is none.
-    Position sibling_named(Name name, Position position, Position end) const noexcept;
+    Position sibling_named(Name name, Position position, Position end) const noexcept
+    {
+        while (position < end && names_[position] != name)
+            position = end_at(position);
+        return position;
+    }
     /// The child element of a name with a 0-based index; `none` where that would need care.
-    Position child_at(Position parent, Name name, std::size_t index) noexcept;
+    Position child_at(Position parent, Name name, std::size_t index) noexcept
+    {
+        const Children& last = lists_[last_list_];
+        if (last.parent == parent && last.name == name && index < last.positions.size())
+            return last.positions[index];
+        return index < near ? near_child_at(parent, name, index) : far_child_at(parent, name, index);
+    }
     /// An element at this position was found.
     void found(Position position) noexcept { last_ = position; }
 
@@ -111,12 +122,16 @@ private:
         Name name;
         std::vector<Position> positions;
     };
-    Children& children(Position parent, Name name)
+    Children& children(Position parent, Name name);
+    Position near_child_at(Position parent, Name name, std::size_t index) const noexcept
     {
-        Children& last = lists_[last_list_];
-        return last.parent == parent && last.name == name ? last : find_children(parent, name);
+        const Position end = end_at(parent);
+        Position child = sibling_named(name, parent + 1, end);
+        for (; index > 0 && child < end; --index)
+            child = sibling_named(name, end_at(child), end);
+        return child < end ? child : none;
     }
-    Children& find_children(Position parent, Name name);
+    Position far_child_at(Position parent, Name name, std::size_t index) noexcept;
     bool make(xmlNode* root) noexcept;
     bool note_all(xmlNode* root, std::size_t most);
     bool has_room_for(std::size_t count, std::size_t most) noexcept;
@@ -131,6 +146,7 @@ private:
     Position last_ = 0; ///< that was found
     std::size_t walked_ = 0;
     static constexpr std::size_t few = 256;
+    static constexpr std::size_t near = 8; ///< children that need no list
     std::size_t worthwhile_ = few;
 };
 

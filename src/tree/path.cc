@@ -162,12 +162,14 @@ long segment_with_index_at(const Document& document, std::size_t place) noexcept
 std::size_t read_digits(std::string_view path, std::size_t start, long& number) noexcept
 {
     constexpr std::size_t most = 9;
-    const std::size_t end = std::min(path.size(), start + most);
-    std::size_t place = start;
-    number = 0;
-    for (; place < end && path[place] >= '0' && path[place] <= '9'; ++place)
-        number = 10 * number + (path[place] - '0');
-    return place - start;
+    const char* const first = path.data() + start;
+    const char* const end = path.data() + std::min(path.size(), start + most);
+    const char* digit = first;
+    long read = 0; // kept in a register, which a caller's variable is not
+    for (; digit < end && *digit >= '0' && *digit <= '9'; ++digit)
+        read = 10 * read + (*digit - '0');
+    number = read;
+    return static_cast<std::size_t>(digit - first);
 }
 
 /// The length of "NUMBER]" at the end of a segment, with a number that needs no care; 0 for all else.
@@ -372,13 +374,13 @@ long next_turn(const Document& document, std::string_view path) noexcept
 {
     const Document::Extent& extent = document.extents[document.loop_segment];
     const std::string_view last = document.chopped_path;
-    if (path.size() != last.size() || std::memcmp(path.data(), last.data(), extent.name_end + 1) != 0)
-        return 0;
     const std::size_t start = extent.name_end + 1;
     const std::size_t end = extent.end - 1; // at the bracket
+    if (path.size() != last.size() || std::memcmp(path.data(), last.data(), start) != 0 ||
+        std::memcmp(path.data() + end, last.data() + end, last.size() - end) != 0)
+        return 0;
     long number = 0;
-    return start + read_digits(path, start, number) == end && path.substr(end) == last.substr(end) ? number
-                                                                                                   : 0;
+    return start + read_digits(path, start, number) == end ? number : 0;
 }
 
 /// Puts another turn of a loop onto the stack; false, and no change, where the path is none.
@@ -425,6 +427,17 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     else if (!document.current)
         document.current = before;
     return node;
+}
+
+/// The same for another turn of a loop, which mostly differs in one look into the index.
+xmlNode* walk_next_turn(long* fd, Document& document, Operation& op) noexcept
+{
+    const long segment = document.loop_segment;
+    const long end = walk_end(document);
+    xmlNode* node = document.walked_count == segment
+                        ? find_in_index(document, document.walked[segment - 1], segment, end)
+                        : nullptr;
+    return node ? node : walk_from_root(fd, document, end, op);
 }
 
 /// True where all siblings of a node are few.
@@ -508,7 +521,7 @@ xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, O
         return nullptr;
     xmlNode* node = nullptr;
     if (take_next_turn(document, path))
-        node = walk_from_root(fd, document, walk_end(document), op);
+        node = walk_next_turn(fd, document, op);
     else if (path == document.chopped_path)
         node = walked_before(document);
     if (!node)
