@@ -87,7 +87,7 @@ long kh_tree_get_current_element_name(long* fd, char** name, long* ierr)
 {
     const char* text = nullptr;
     const long status = kh::get_current_name(fd, name ? &text : nullptr, ierr);
-    if (status != KH_OK)
+    if (status != KH_OK || !text)
         return status;
     kh::Block<char> copy = kh::copy_of(text);
     if (!copy)
