@@ -462,7 +462,7 @@ TEST(SiblingIndex, CountsTheElementsOfTheSameName)
     }
 }
 
-TEST(SiblingIndex, CountsANodeWithoutNameAloneOnceAndBesideItsLikes)
+TEST(SiblingIndex, CountsANodeWithoutNameAsTheOnlyOne)
 {
     const Document document("<R><![CDATA[one]]><A/><![CDATA[two]]></R>");
     for (const xmlNode* node : {document.root()->children, document.root()->last}) {
