@@ -44,7 +44,7 @@ inline bool is_whole(const std::string& text) noexcept
 }
 inline bool is_whole(ReadName read) noexcept
 {
-    return is_whole(read.name);
+    return read.name.empty() || is_whole(read.name);
 }
 template <class Pointer>
 bool is_whole(Pointer) noexcept
@@ -54,7 +54,8 @@ bool is_whole(Pointer) noexcept
 
 /// Calls a function with the arguments and a status word behind them. \return the status
 template <class Function, class... Arguments>
-long status_of(const char* method, Function function, const Arguments&... arguments)
+[[gnu::always_inline]] inline long status_of(const char* method, Function function,
+                                             const Arguments&... arguments)
 {
     long status = KH_OK;
     if ((is_whole(arguments) && ...))
@@ -66,7 +67,7 @@ long status_of(const char* method, Function function, const Arguments&... argume
 
 /// The same for a call that must succeed. \return 0
 template <class Function, class... Arguments>
-long call(const char* method, Function function, const Arguments&... arguments)
+[[gnu::always_inline]] inline long call(const char* method, Function function, const Arguments&... arguments)
 {
     const long status = status_of(method, function, arguments...);
     if (status != KH_OK)
@@ -91,11 +92,21 @@ private:
 
 /// Reads a value of type Number: `long` or `double`.
 template <class Number, class Function, class... Arguments>
-Number read_value(const char* method, Function read, const Arguments&... arguments)
+[[gnu::always_inline]] inline Number read_value(const char* method, Function read,
+                                                const Arguments&... arguments)
 {
     Number number = 0;
     call(method, read, arguments..., &number);
     return number;
+}
+
+/// The same for a value whose text may be known already.
+template <class Number, class Function, class... Arguments>
+[[gnu::always_inline]] inline Number read_known_value(const char* known, const char* method, Function read,
+                                                      const Arguments&... arguments)
+{
+    Number number = 0;
+    return take_number(known, &number) ? number : read_value<Number>(method, read, arguments...);
 }
 
 /// Reads a text, which is copied once, from where it stands.

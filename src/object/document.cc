@@ -152,13 +152,22 @@ std::string XmlFile::getFileName() const
     return file_name_;
 }
 
+// The moves that are made again and again go the short way where there is nothing to report.
+
 long XmlFile::root()
 {
-    return call("XmlFile::root", kh_tree_rewind, &descriptor_);
+    kh::Document* document = kh::find_document(&descriptor_);
+    if (!document || !document->root)
+        return call("XmlFile::root", kh_tree_rewind, &descriptor_);
+    document->current = document->root;
+    return KH_OK;
 }
 
 long XmlFile::next()
 {
+    kh::Document* document = kh::find_document(&descriptor_);
+    if (document && document->root && go_to_next_element(*document))
+        return KH_OK;
     return call("XmlFile::next", kh_tree_go_to_next_element_node, &descriptor_);
 }
 
@@ -169,6 +178,9 @@ long XmlFile::toElement(const std::string& name)
 
 long XmlFile::toPath(const std::string& path)
 {
+    kh::Document* document = kh::find_document(&descriptor_);
+    if (document && go_to_known_node(&descriptor_, *document, path))
+        return KH_OK;
     return call("XmlFile::toPath", kh_tree_go_to_path_node, &descriptor_, path);
 }
 

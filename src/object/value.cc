@@ -9,10 +9,19 @@
 namespace KALV {
 
 using kh::read_array;
+using kh::read_known_value;
 using kh::read_strings;
 using kh::read_text;
 using kh::read_value;
 using kh::ReadName;
+
+/// The text of an attribute where it need not be searched for; null for all else.
+static const char* known_attribute_text(long descriptor, ReadName element, ReadName attribute) noexcept
+{
+    return is_whole(element) && is_whole(attribute) && !attribute.name.empty()
+               ? kh::known_attribute_text(&descriptor, handed_on(element), handed_on(attribute))
+               : nullptr;
+}
 
 std::string XmlFile::getElementValueAsString(const std::string& element)
 {
@@ -39,14 +48,16 @@ std::string XmlFile::getAttributeValueAsString(const std::string& element, const
 
 long XmlFile::getAttributeValueAsInt(const std::string& element, const std::string& attribute)
 {
-    return read_value<long>("XmlFile::getAttributeValueAsInt", kh_tree_read_integer_attribute, &descriptor_,
-                            ReadName{element}, ReadName{attribute});
+    return read_known_value<long>(known_attribute_text(descriptor_, {element}, {attribute}),
+                                  "XmlFile::getAttributeValueAsInt", kh_tree_read_integer_attribute,
+                                  &descriptor_, ReadName{element}, ReadName{attribute});
 }
 
 double XmlFile::getAttributeValueAsReal(const std::string& element, const std::string& attribute)
 {
-    return read_value<double>("XmlFile::getAttributeValueAsReal", kh_tree_read_real_attribute, &descriptor_,
-                              ReadName{element}, ReadName{attribute});
+    return read_known_value<double>(known_attribute_text(descriptor_, {element}, {attribute}),
+                                    "XmlFile::getAttributeValueAsReal", kh_tree_read_real_attribute,
+                                    &descriptor_, ReadName{element}, ReadName{attribute});
 }
 
 std::string XmlFile::getPathValueAsString(const std::string& path)
@@ -56,14 +67,14 @@ std::string XmlFile::getPathValueAsString(const std::string& path)
 
 long XmlFile::getPathValueAsInt(const std::string& path)
 {
-    return read_value<long>("XmlFile::getPathValueAsInt", kh_tree_path_read_integer_node_value, &descriptor_,
-                            path);
+    return read_known_value<long>(kh::known_path_text(&descriptor_, path), "XmlFile::getPathValueAsInt",
+                                  kh_tree_path_read_integer_node_value, &descriptor_, path);
 }
 
 double XmlFile::getPathValueAsReal(const std::string& path)
 {
-    return read_value<double>("XmlFile::getPathValueAsReal", kh_tree_path_read_real_node_value, &descriptor_,
-                              path);
+    return read_known_value<double>(kh::known_path_text(&descriptor_, path), "XmlFile::getPathValueAsReal",
+                                    kh_tree_path_read_real_node_value, &descriptor_, path);
 }
 
 void XmlFile::getElementArrayAsInt(const std::string& element, std::vector<long>& values)

@@ -23,6 +23,13 @@ const char* default_value(const xmlNode* element, const char* attribute, Operati
     return declaration ? from_xml(declaration->defaultValue) : nullptr;
 }
 
+/// The text of an attribute that is like most; null for every other.
+const char* plain_text(const xmlAttr* attribute) noexcept
+{
+    const xmlNode* text = attribute->children;
+    return !text || (!text->next && text->type == XML_TEXT_NODE) ? content_of(text) : nullptr;
+}
+
 /// The attribute's text, as xmlGetProp gives it; null where the element has no such attribute.
 const char* attribute_text(const xmlNode* element, const char* name, std::string& expanded,
                            Operation& op) noexcept
@@ -30,11 +37,10 @@ const char* attribute_text(const xmlNode* element, const char* name, std::string
     const xmlAttr* attribute = attribute_named(element, name);
     if (!attribute)
         return default_value(element, name, op);
-    const xmlNode* text = attribute->children;
-    if (!text || (!text->next && text->type == XML_TEXT_NODE))
-        return content_of(text);
+    if (const char* text = plain_text(attribute))
+        return text;
     op.guarded([&] {
-        if (!expand(text, expanded))
+        if (!expand(attribute->children, expanded))
             op.fail(KH_ERR_MEMORY);
     });
     return expanded.c_str();
@@ -44,13 +50,27 @@ template <class Number>
 long read_attribute_number(const char* name, long* fd, const char* element, const char* attribute,
                            Number* value, long* ierr) noexcept
 {
-    Operation op(name, ierr);
-    return read_number(op, value, [&](TextTarget& target, long* status) {
+    const char* known = attribute && value ? known_attribute_text(fd, element, attribute) : nullptr;
+    return read_known_number(known, name, value, ierr, [&](TextTarget& target, long* status) {
         read_attribute(fd, element, attribute, target, status);
     });
 }
 
 } // namespace
+
+const char* known_attribute_text(const long* fd, const char* element, const char* attribute) noexcept
+{
+    Document* document = find_document(fd);
+    if (!document || !document->root || !document->current || !document->requested_tag ||
+        (element && std::strcmp(element, document->requested_tag) != 0) ||
+        !is_element_named(document->current, document->requested_tag))
+        return nullptr;
+    const xmlAttr* found = attribute_named(document->current, attribute);
+    const char* text = found ? plain_text(found) : nullptr;
+    if (text && element)
+        document->visited = 0; // as the tag was asked for anew
+    return text;
+}
 
 /// The text read that all variants share; it reports under the name of the text variant.
 long read_attribute(long* fd, const char* element, const char* attribute, TextTarget& target,

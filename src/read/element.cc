@@ -31,8 +31,7 @@ long read_current_element(const Document& document, TextTarget& target, long* ie
 template <class Number>
 long read_element_number(const char* name, long* fd, const char* element, Number* value, long* ierr) noexcept
 {
-    Operation op(name, ierr);
-    return read_number(op, value,
+    return read_number(name, value, ierr,
                        [&](TextTarget& target, long* status) { read_element(fd, element, target, status); });
 }
 

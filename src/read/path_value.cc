@@ -31,18 +31,22 @@ const xmlNode* follow(long* fd, Document& document, const char* path, Operation&
     return node;
 }
 
-template <class Number>
-long read_path_number(const char* name, long* fd, const char* path, Number* value, long* ierr) noexcept
+/// The text at the end of the last path, where there is one; null, without a report, where there is none.
+const char* find_text_at_path_end(const Document& document, const xmlNode* node) noexcept
 {
-    Operation op(name, ierr);
-    return read_number(op, value,
-                       [&](TextTarget& target, long* status) { read_path(fd, path, target, status); });
+    if (ends_with_attribute(document)) {
+        const xmlAttr* attribute = attribute_named(node, attribute_name(document));
+        return attribute ? content_of(attribute->children) : nullptr;
+    }
+    if (const char* text = document.element_index.known_text_of(node))
+        return text;
+    const xmlNode* child = first_child(node);
+    return child && !child->next ? content_of(child) : nullptr;
 }
 
-} // namespace
-
-/// The text read that all variants share.
-long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept
+/// Reads the text at the end of a path, of which it may be known already, and reports under a name that is not that of
+/// any function that callers call.
+long read_path_text(long* fd, const char* path, const char* known, TextTarget& target, long* ierr) noexcept
 {
     Operation op("kh_tree_path_read_string_element_value", ierr);
     Document* document = document_with_root(op, fd);
@@ -53,12 +57,8 @@ long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexc
     if (!path)
         return op.fail(KH_ERR_NO_REQUEST);
     target.replace_previous();
-    const xmlNode* node = go_to_known_node(fd, *document, path, op);
-    if (!node)
-        node = follow(fd, *document, path, op);
-    if (!node)
-        return op.status();
-    const char* text = text_at_path_end(*document, node, path, op);
+    const xmlNode* node = known ? nullptr : follow(fd, *document, path, op);
+    const char* text = node ? text_at_path_end(*document, node, path, op) : known;
     if (op.status() == KH_ERR_NO_VALUE && !target.take_nothing())
         return op.fail(KH_ERR_MEMORY);
     if (!text)
@@ -67,22 +67,41 @@ long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexc
     return op.failed() ? op.pass_on() : op.status();
 }
 
+template <class Number>
+long read_path_number(const char* name, long* fd, const char* path, Number* value, long* ierr) noexcept
+{
+    const char* known = path && value ? known_path_text(fd, path) : nullptr;
+    return read_known_number(known, name, value, ierr, [&](TextTarget& target, long* status) {
+        read_path_text(fd, path, nullptr, target, status);
+    });
+}
+
+} // namespace
+
+const char* known_path_text(long* fd, std::string_view path) noexcept
+{
+    Document* document = find_document(fd);
+    const xmlNode* node = document ? go_to_known_node(fd, *document, path) : nullptr;
+    return node ? find_text_at_path_end(*document, node) : nullptr;
+}
+
+/// The text read that all variants share.
+long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept
+{
+    const char* known = path && !target.missing() ? known_path_text(fd, path) : nullptr;
+    return read_path_text(fd, path, known, target, ierr);
+}
+
 const char* text_at_path_end(const Document& document, const xmlNode* node, const char* path,
                              Operation& op) noexcept
 {
-    if (ends_with_attribute(document)) {
-        const xmlAttr* attribute = attribute_named(node, attribute_name(document));
-        if (attribute)
-            return content_of(attribute->children);
-        op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
-        return nullptr;
-    }
-    if (const char* text = document.element_index.known_text_of(node))
+    const char* text = find_text_at_path_end(document, node);
+    if (text)
         return text;
-    const xmlNode* child = first_child(node);
-    if (child && !child->next)
-        return content_of(child);
-    op.fail(child ? KH_ERR_NOT_TERMINAL : KH_ERR_NO_VALUE, ". Element: %s.", name_of(node));
+    if (ends_with_attribute(document))
+        op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
+    else
+        op.fail(first_child(node) ? KH_ERR_NOT_TERMINAL : KH_ERR_NO_VALUE, ". Element: %s.", name_of(node));
     return nullptr;
 }
 

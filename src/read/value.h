@@ -9,6 +9,7 @@
 
 #include <kalv/text.h>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace kh {
@@ -61,11 +62,25 @@ private:
     std::string expanded_;
 };
 
+/// Stores the number of a text. False, and nothing stored, where there is no text, or none that converts without a
+/// report.
+template <class Number>
+bool take_number(const char* text, Number* value) noexcept
+{
+    if (!text)
+        return false;
+    const Parsed<Number> number = parse<Number>(text);
+    if (is_number(number))
+        *value = number.value;
+    return is_number(number);
+}
+
 /// Reads a text and stores its number. What the conversion yields is stored beside its code, too; where the
 /// text cannot be read, the number stays as it is. A warning of the text's does not outlast the conversion.
 template <class Number, class ReadText>
-long read_number(Operation& op, Number* value, ReadText read_text) noexcept
+[[gnu::noinline]] long read_number(const char* name, Number* value, long* ierr, ReadText read_text) noexcept
 {
+    Operation op(name, ierr);
     TextTarget target = TextTarget::for_number(value);
     read_text(target, op.error_vector());
     if (op.failed())
@@ -78,6 +93,18 @@ long read_number(Operation& op, Number* value, ReadText read_text) noexcept
     return op.pass_on();
 }
 
+/// The same for a text that may be known already.
+template <class Number, class ReadText>
+long read_known_number(const char* known, const char* name, Number* value, long* ierr,
+                       ReadText read_text) noexcept
+{
+    if (!take_number(known, value))
+        return read_number(name, value, ierr, read_text);
+    if (ierr)
+        *ierr = KH_OK;
+    return KH_OK;
+}
+
 /// What kh_tree_read_string_element_value() does, into a target.
 long read_element(long* fd, const char* element, TextTarget& target, long* ierr) noexcept;
 
@@ -88,6 +115,15 @@ long read_attribute(long* fd, const char* element, const char* attribute, TextTa
 /// What kh_tree_path_read_string_node_value() does, into a target. It reports under a name that is not that
 /// function's: callers compare these reports.
 long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept;
+
+/// The text at the end of a path that need not be taken apart, because it is the last one again or another turn of a
+/// loop. All is then as after read_path(). Null where it has to be, or where there is something to report: then
+/// read_path() is to be called.
+const char* known_path_text(long* fd, std::string_view path) noexcept;
+
+/// The text of an attribute, where the element under the cursor is the one asked for and has it. All is then as after
+/// read_attribute(). Null for all else: then read_attribute() is to be called.
+const char* known_attribute_text(const long* fd, const char* element, const char* attribute) noexcept;
 
 /// What kh_tree_get_current_element_name() does; the name stays the element's. A null `name` is a missing output.
 long get_current_name(const long* fd, const char** name, long* ierr) noexcept;

@@ -71,12 +71,12 @@ std::size_t ChildIndex::List::position_of(const xmlNode* child)
 
 ChildIndex::List& ChildIndex::list(const xmlNode* parent, const char* name)
 {
-    if (last_used_->parent_ == parent && last_used_->name_ == name)
+    if (last_used_->is_of(parent, name))
         return *last_used_;
     ++uses_;
     List* oldest = lists_.data();
     for (List& list : lists_) {
-        if (list.parent_ == parent && list.name_ == name) {
+        if (list.is_of(parent, name)) {
             list.used_ = uses_;
             return *(last_used_ = &list);
         }

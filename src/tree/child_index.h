@@ -29,6 +29,10 @@ public:
 
     private:
         friend class ChildIndex;
+        bool is_of(const xmlNode* parent, const char* name) const noexcept
+        {
+            return parent_ == parent && std::strcmp(name_.c_str(), name) == 0;
+        }
         void extend(std::size_t size);
 
         const xmlNode* parent_ = nullptr;

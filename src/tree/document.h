@@ -59,10 +59,13 @@ struct Document : kh_document_slot {
     ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
     unsigned long numbered_for = 0;
 
-    /// True when the path on the stack came to differ in one index alone, as in a loop over a list. Not where a step
-    /// up, which is taken anew each time, or the root is concerned.
+    /// True when the path on the stack, from the root, came to differ in one index alone, as in a loop over a list. Not
+    /// where a step up, which is taken anew each time, or the root is concerned.
     bool in_a_loop = false;
     long loop_segment = 0; ///< the one with that index
+    /// Where the index has the parent of the list, and which index that is, once a turn of the loop was found there.
+    ElementIndex::Position loop_parent = ElementIndex::none;
+    unsigned long loop_generation = 0;
 
     /// The path of the cursor that was asked for last.
     std::string cursor_path;

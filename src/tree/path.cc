@@ -35,6 +35,7 @@ void empty_stack(Document& document) noexcept
     document.array_position = -1;
     document.tag_is_from_path = false;
     document.in_a_loop = false;
+    document.loop_generation = 0;
 }
 
 /// Takes a path apart onto the stack, behind the segments that it shares with the one there.
@@ -116,19 +117,47 @@ long request(Document& document, Operation& op) noexcept
     return op.status();
 }
 
+/// Some characters as one number, which compares them all at once.
+template <class Word = std::uint64_t>
+Word word_at(const char* text) noexcept
+{
+    Word word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+}
+
 std::size_t common_length(std::string_view one, std::string_view other) noexcept
 {
+    constexpr std::size_t step = sizeof(std::uint64_t);
     const std::size_t length = std::min(one.size(), other.size());
     std::size_t common = 0;
-    for (std::uint64_t words[2]; common + sizeof *words <= length; common += sizeof *words) {
-        std::memcpy(&words[0], one.data() + common, sizeof *words);
-        std::memcpy(&words[1], other.data() + common, sizeof *words);
-        if (words[0] != words[1])
-            break;
-    }
+    while (common + step <= length && word_at(one.data() + common) == word_at(other.data() + common))
+        common += step;
     while (common < length && one[common] == other[common])
         ++common;
     return common;
+}
+
+/// Whether texts of a length, at least that of a word, are the same.
+template <class Word>
+bool same_words(const char* one, const char* other, std::size_t length) noexcept
+{
+    const std::size_t last = length - sizeof(Word); // may overlap the one before
+    for (std::size_t i = 0; i < last; i += sizeof(Word)) {
+        if (word_at<Word>(one + i) != word_at<Word>(other + i))
+            return false;
+    }
+    return word_at<Word>(one + last) == word_at<Word>(other + last);
+}
+
+/// The same for any length: paths are short, and a call of memcmp() costs more than most of them.
+inline bool is_same(const char* one, const char* other, std::size_t length) noexcept
+{
+    if (length >= sizeof(std::uint64_t))
+        return same_words<std::uint64_t>(one, other, length);
+    if (length >= sizeof(std::uint32_t))
+        return same_words<std::uint32_t>(one, other, length);
+    return std::string_view(one, length) == std::string_view(other, length);
 }
 
 /// How many characters a path has in common with the one on the stack, from the start on.
@@ -159,17 +188,21 @@ long segment_with_index_at(const Document& document, std::size_t place) noexcept
 }
 
 /// Reads digits, no more than need no care. \return how many
-std::size_t read_digits(std::string_view path, std::size_t start, long& number) noexcept
+inline std::size_t read_digits(std::string_view path, std::size_t start, long& number) noexcept
 {
     constexpr std::size_t most = 9;
-    const char* const first = path.data() + start;
-    const char* const end = path.data() + std::min(path.size(), start + most);
-    const char* digit = first;
+    const char* const digits = path.data() + start;
+    const std::size_t end = std::min(path.size() - start, most);
+    std::size_t count = 0;
     long read = 0; // kept in a register, which a caller's variable is not
-    for (; digit < end && *digit >= '0' && *digit <= '9'; ++digit)
-        read = 10 * read + (*digit - '0');
+    for (; count < end; ++count) {
+        const unsigned digit = static_cast<unsigned char>(digits[count]) - unsigned{'0'};
+        if (digit > 9)
+            break;
+        read = 10 * read + digit;
+    }
     number = read;
-    return static_cast<std::size_t>(digit - first);
+    return count;
 }
 
 /// The length of "NUMBER]" at the end of a segment, with a number that needs no care; 0 for all else.
@@ -204,6 +237,29 @@ void set_index(Document& document, long segment, long number) noexcept
     document.walked_count = std::min(document.walked_count, segment);
 }
 
+/// Changes the index in the path on the stack to the one of a length, and "]" behind it, that a path has there. False,
+/// and no change, without memory.
+bool replace_index(Document& document, std::string_view path, long segment, std::size_t length,
+                   long number) noexcept
+{
+    Document::Extent* const extents = document.extents;
+    const std::size_t start = extents[segment].name_end + 1;
+    const std::size_t old_length = extents[segment].end - start;
+    try {
+        document.chopped_path.replace(start, old_length, path, start, length);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    extents[segment].end += length - old_length;
+    for (long i = segment + 1; length != old_length && i < document.stack_count; ++i) {
+        extents[i].start += length - old_length;
+        extents[i].name_end += length - old_length;
+        extents[i].end += length - old_length;
+    }
+    set_index(document, segment, number);
+    return true;
+}
+
 /// Puts a path onto the stack that differs in one index alone from the one there, as paths in a loop do. False,
 /// and no change, where it differs otherwise.
 bool change_index(Document& document, std::string_view path, std::size_t common) noexcept
@@ -220,20 +276,11 @@ bool change_index(Document& document, std::string_view path, std::size_t common)
     const std::size_t length = length_of_plain_index(path, start, number);
     if (old_length == 0 || length == 0 || old_path.substr(start + old_length) != path.substr(start + length))
         return false;
-    try {
-        document.chopped_path.replace(start, old_length, path, start, length);
-    } catch (const std::bad_alloc&) {
+    if (!replace_index(document, path, segment, length, number))
         return false;
-    }
-    document.in_a_loop = segment > 0 && !has_step_up(document);
+    document.in_a_loop = document.absolute && segment > 0 && !has_step_up(document);
     document.loop_segment = segment;
-    set_index(document, segment, number);
-    document.extents[segment].end += length - old_length;
-    for (long i = segment + 1; length != old_length && i < document.stack_count; ++i) {
-        document.extents[i].start += length - old_length;
-        document.extents[i].name_end += length - old_length;
-        document.extents[i].end += length - old_length;
-    }
+    document.loop_generation = 0;
     return true;
 }
 
@@ -272,6 +319,7 @@ long chop(Document& document, std::string_view text, long shared, Operation& op)
     document.walked_count = std::min(document.walked_count, shared);
     document.numbered_for = 0;
     document.in_a_loop = false;
+    document.loop_generation = 0;
     document.tag_is_from_path = false;
     return request(document, op);
 }
@@ -340,25 +388,39 @@ const ElementIndex::Name* stack_numbers(Document& document) noexcept
     return document.stack_number;
 }
 
-/// What the entries from `first` up to `end` lead to from a step, by the index alone; null for what is not
-/// there, or is no element of that name. The cursor stays. Only for paths in a loop: for others, the way into the
-/// index would cost more than it saves.
+/// What the entries from `first` up to `end`, with the numbers of their names, lead to from a place in the index; `none`
+/// for what is not there, or is no element of that name.
+inline ElementIndex::Position follow_in_index(Document& document, ElementIndex::Position position,
+                                              const ElementIndex::Name* numbers, long first,
+                                              long end) noexcept
+{
+    for (long i = first; i < end && position != ElementIndex::none; ++i) {
+        if (document.stack_index[i] < 0 || numbers[i] == ElementIndex::none)
+            return ElementIndex::none;
+        position = document.element_index.child_at(position, numbers[i],
+                                                   static_cast<std::size_t>(document.stack_index[i]));
+    }
+    return position;
+}
+
+/// The node that it leads to from a step, by the index alone, or null. The cursor stays. Only for paths in a loop: for
+/// others, the way into the index would cost more than it saves.
 xmlNode* find_in_index(Document& document, Document::Step& start, long first, long end) noexcept
 {
     ElementIndex& index = document.element_index;
     if (first == end || !document.in_a_loop || !index.stands(document.root))
         return nullptr;
-    ElementIndex::Position position = position_of(index, start);
-    const ElementIndex::Name* numbers = stack_numbers(document);
-    for (long i = first; i < end && position != ElementIndex::none; ++i) {
-        if (document.stack_index[i] < 0 || numbers[i] == ElementIndex::none)
-            return nullptr;
-        position = index.child_at(position, numbers[i], static_cast<std::size_t>(document.stack_index[i]));
-    }
-    if (position == ElementIndex::none)
+    const ElementIndex::Position parent = position_of(index, start);
+    const ElementIndex::Position found =
+        follow_in_index(document, parent, stack_numbers(document), first, end);
+    if (found == ElementIndex::none)
         return nullptr;
-    index.found(position);
-    return index.node_at(position);
+    if (first == document.loop_segment) {
+        document.loop_parent = parent;
+        document.loop_generation = index.generation();
+    }
+    index.found(found);
+    return index.node_at(found);
 }
 
 /// The node that the path on the stack, which has names to walk, led to; null where its walk left no such trace.
@@ -368,31 +430,26 @@ xmlNode* walked_before(const Document& document) noexcept
     return document.walked_count >= end ? document.walked[end - 1].node : nullptr;
 }
 
-/// The number in the brackets that differ from turn to turn of a loop, where nothing else does, and where it has as
-/// many digits as in the last turn; 0 for all else.
-long next_turn(const Document& document, std::string_view path) noexcept
-{
-    const Document::Extent& extent = document.extents[document.loop_segment];
-    const std::string_view last = document.chopped_path;
-    const std::size_t start = extent.name_end + 1;
-    const std::size_t end = extent.end - 1; // at the bracket
-    if (path.size() != last.size() || std::memcmp(path.data(), last.data(), start) != 0 ||
-        std::memcmp(path.data() + end, last.data() + end, last.size() - end) != 0)
-        return 0;
-    long number = 0;
-    return start + read_digits(path, start, number) == end ? number : 0;
-}
-
-/// Puts another turn of a loop onto the stack; false, and no change, where the path is none.
-bool take_next_turn(Document& document, std::string_view path) noexcept
+/// Puts another turn of a loop onto the stack: a path that differs from the one there in the loop's index alone. False,
+/// and no change, for all else.
+inline bool put_next_turn(Document& document, std::string_view path) noexcept
 {
     const long segment = document.loop_segment;
-    const long number = document.in_a_loop && document.walked_count > 0 ? next_turn(document, path) : 0;
-    if (number == 0)
-        return false;
     const Document::Extent& extent = document.extents[segment];
     const std::size_t start = extent.name_end + 1;
-    path.copy(document.chopped_path.data() + start, extent.end - 1 - start, start);
+    const std::size_t tail = document.chopped_path.size() - extent.end + 1; // from the bracket on
+    char* const last = document.chopped_path.data();
+    if (path.size() <= start + tail || !is_same(path.data(), last, start) ||
+        !is_same(path.data() + path.size() - tail, last + extent.end - 1, tail))
+        return false;
+    const std::size_t digits = path.size() - tail - start;
+    long number = 0;
+    if (read_digits(path, start, number) != digits || number == 0)
+        return false;
+    if (start + digits + 1 != extent.end)
+        return replace_index(document, path, segment, digits + 1, number);
+    for (std::size_t i = start; i < start + digits; ++i)
+        last[i] = path[i];
     set_index(document, segment, number);
     return true;
 }
@@ -429,15 +486,21 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     return node;
 }
 
-/// The same for another turn of a loop, which mostly differs in one look into the index.
-xmlNode* walk_next_turn(long* fd, Document& document, Operation& op) noexcept
+/// The same for another turn of a loop, which mostly takes a look into the index, or two.
+inline xmlNode* walk_next_turn(long* fd, Document& document) noexcept
 {
-    const long segment = document.loop_segment;
+    ElementIndex& index = document.element_index;
     const long end = walk_end(document);
-    xmlNode* node = document.walked_count == segment
-                        ? find_in_index(document, document.walked[segment - 1], segment, end)
-                        : nullptr;
-    return node ? node : walk_from_root(fd, document, end, op);
+    ElementIndex::Position found = ElementIndex::none;
+    if (document.loop_generation != 0 && document.loop_generation == index.generation())
+        found = follow_in_index(document, document.loop_parent, document.stack_number, document.loop_segment,
+                                end);
+    if (found == ElementIndex::none) {
+        Operation op("kh_tree_go_to_stack_node", nullptr); // reports nothing: no step of a loop leads up
+        return walk_from_root(fd, document, end, op);
+    }
+    index.found(found);
+    return index.node_at(found);
 }
 
 /// True where all siblings of a node are few.
@@ -515,14 +578,14 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 } // namespace
 
-xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept
+xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept
 {
-    if (path.empty() || !document.absolute || !document.tag_is_from_path || has_array_node(document))
+    if (!document.tag_is_from_path || document.walked_count == 0)
         return nullptr;
     xmlNode* node = nullptr;
-    if (take_next_turn(document, path))
-        node = walk_next_turn(fd, document, op);
-    else if (path == document.chopped_path)
+    if (document.in_a_loop && put_next_turn(document, path))
+        node = walk_next_turn(fd, document);
+    else if (document.absolute && !has_array_node(document) && !path.empty() && path == document.chopped_path)
         node = walked_before(document);
     if (!node)
         return nullptr;
@@ -592,7 +655,7 @@ long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
         return op.status();
     if (!path)
         return op.null_argument();
-    if (go_to_known_node(fd, *document, path, op))
+    if (go_to_known_node(fd, *document, path))
         return op.status();
     chop_path(*document, path, op.error_vector());
     if (op.failed())

@@ -22,7 +22,7 @@ inline bool has_array_node(const Document& document) noexcept
 /// path again, or differs from it in an index alone, as in a loop. All is then as after chop_path() and
 /// go_to_stack_node(). Null where it has to be, or where there is no such node: then these two are to be called, and
 /// report.
-xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path, Operation& op) noexcept;
+xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept;
 
 /// What kh_tree_chop_path() and kh_tree_go_to_stack_node() do, and report in their names.
 long chop_path(Document& document, const char* path, long* ierr) noexcept;
