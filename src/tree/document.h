@@ -37,7 +37,8 @@ struct Document : kh_document_slot {
     };
     Extent extents[KH_MAX_PATH_NODES];
 
-    /// Where the stack's first nodes led from the root, as long as nothing has been edited since.
+    /// Where the stack's first nodes led from the root, as long as nothing has been edited since. None for a path from
+    /// the cursor.
     struct Step {
         xmlNode* node;  ///< what the segment led to
         xmlNode* tried; ///< where the walk up to here left the cursor; null where it was not moved

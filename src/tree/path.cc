@@ -585,7 +585,7 @@ xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) n
     xmlNode* node = nullptr;
     if (document.in_a_loop && put_next_turn(document, path))
         node = walk_next_turn(fd, document);
-    else if (document.absolute && !has_array_node(document) && !path.empty() && path == document.chopped_path)
+    else if (!has_array_node(document) && !path.empty() && path == document.chopped_path)
         node = walked_before(document);
     if (!node)
         return nullptr;

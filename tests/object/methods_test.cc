@@ -52,6 +52,8 @@ const Method text_methods[] = {
      [](XmlFile& file, const std::string& text) { file.getAttributeValueAsString("a", text); }},
     {"getAttributeValueAsInt",
      [](XmlFile& file, const std::string& text) { file.getAttributeValueAsInt(text, "a"); }},
+    {"getAttributeValueAsInt",
+     [](XmlFile& file, const std::string& text) { file.getAttributeValueAsInt("a", text); }},
     {"getAttributeValueAsReal",
      [](XmlFile& file, const std::string& text) { file.getAttributeValueAsReal(text, text); }},
     {"getPathValueAsString", [](XmlFile& file, const std::string& text) { file.getPathValueAsString(text); }},

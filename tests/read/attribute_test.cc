@@ -124,6 +124,26 @@ TEST(Attribute, NeedsACursorANameAndAnOutput)
     document.slot()->current = nullptr;
     EXPECT_EQ(read_attribute(document.fd, "r", nullptr, value.out()), failure(KH_ERR_NO_CURRENT, function));
     EXPECT_EQ(value.value, nullptr);
+    long fd = document.fd;
+    long number = 77;
+    EXPECT_EQ(
+        call_of([&](long* status) { return kh_tree_read_integer_attribute(&fd, "r", "a", &number, status); }),
+        passed_on(failure(KH_ERR_NO_CURRENT, function), "kh_tree_read_integer_attribute"));
+    EXPECT_EQ(number, 77);
+}
+
+TEST(Attribute, CountsFromZeroAgainWhereItsElementIsNamed)
+{
+    Document document("<r><x a='1'/></r>");
+    long number = 0;
+    for (const char* element : {"x", "x", static_cast<const char*>(nullptr)}) {
+        kh_tree_rewind(&document.fd, nullptr);
+        kh_tree_go_to_element_node(&document.fd, "x", nullptr);
+        EXPECT_EQ(document.slot()->visited, 1);
+        EXPECT_EQ(kh_tree_read_integer_attribute(&document.fd, element, "a", &number, nullptr), KH_OK);
+        EXPECT_EQ(number, 1);
+        EXPECT_EQ(document.slot()->visited, element ? 0 : 1);
+    }
 }
 
 TEST(Attribute, ComesWithItsEntitiesExpanded)

@@ -58,6 +58,7 @@ struct Variant {
     using Number = typename Kind::Value;
     static constexpr auto text = Way::template function<Texts>;
     static constexpr auto number = Way::template function<Kind>;
+    static constexpr bool searches = std::is_same_v<Way, ByName>; // from the cursor on
 
     static Outcome read_text(long* fd, char** value)
     {
@@ -68,6 +69,10 @@ struct Variant {
         Number value = 0;
         long status = 0;
         Way::read(number.call, fd, &value, &status);
+    }
+    static long read_without_status(long* fd, Number* value)
+    {
+        return Way::read(number.call, fd, value, nullptr);
     }
     static Outcome read_number(long* fd, Number* value)
     {
@@ -125,6 +130,47 @@ TYPED_TEST(NumberRead, ConvertsTheNumberAtTheStartOfTheText)
         Number value = 77;
         EXPECT_EQ(TypeParam::read_number(&document.fd, &value), success);
         EXPECT_EQ(value, expected);
+    }
+}
+
+TYPED_TEST(NumberRead, IsTheSameAgain)
+{
+    struct Seen {
+        Outcome outcome;
+        typename TypeParam::Number value;
+        std::string path;
+    };
+    for (const char* text :
+         {"42", " 7x", "", "x42", "1e999999999999999999999", "<y/>", "1<y/>2", "1<!--c-->"}) {
+        SCOPED_TRACE(text);
+        const std::string value = std::strchr(text, '<') ? "5" : text;
+        Document document("<r><x a='" + value + "'>" + text + "</x></r>");
+        const auto read = [&] {
+            Seen seen{{}, 77, {}};
+            seen.outcome = TypeParam::read_number(&document.fd, &seen.value);
+            seen.path = document.path();
+            return seen;
+        };
+        const Seen first = read();
+        for (int time = 0; time < 3; ++time) {
+            if (TypeParam::searches)
+                kh_tree_rewind(&document.fd, nullptr);
+            const Seen again = read();
+            EXPECT_EQ(again.outcome, first.outcome);
+            EXPECT_EQ(again.value, first.value);
+            EXPECT_EQ(again.path, first.path);
+        }
+    }
+}
+
+TYPED_TEST(NumberRead, NeedsNoStatusWord)
+{
+    Document document(document_with("42"));
+    for (int time = 0; time < 2; ++time) {
+        typename TypeParam::Number value = 77;
+        EXPECT_EQ(TypeParam::read_without_status(&document.fd, &value), KH_OK);
+        EXPECT_EQ(value, 42);
+        kh_tree_rewind(&document.fd, nullptr);
     }
 }
 
@@ -201,6 +247,17 @@ TYPED_TEST(NumberRead, LeavesNoBlockBehind)
             kh_tree_rewind(&document->fd, &document->status);
         }
     });
+}
+
+TEST(NumberAtAPath, NeedsAPath)
+{
+    Document document(document_with("1"));
+    long value = 77;
+    EXPECT_EQ(call_of([&](long* status) {
+                  return kh_tree_path_read_integer_node_value(&document.fd, nullptr, &value, status);
+              }),
+              passed_on(failure(KH_ERR_NO_REQUEST, Texts::node.name), Integers::node.name));
+    EXPECT_EQ(value, 77);
 }
 
 TEST(RealRead, ConvertsFractionsExponentsAndNaN)

@@ -248,6 +248,10 @@ TEST(PathsInALoop, FollowAnEditBetweenTwoTurns)
         EXPECT_EQ(value("/R/I[31]/V"), 31);
         EXPECT_EQ(value("/R/I[32]/V"), 32);
     }
+    kh_tree_set_string_node_value(&document.fd, "/R/I[32]/V", "77", "%s", nullptr);
+    EXPECT_EQ(value("/R/I[33]/V"), 33);
+    EXPECT_EQ(value("/R/I[32]/V"), 77);
+    kh_tree_set_string_node_value(&document.fd, "/R/I[32]/V", "32", "%s", nullptr);
     kh_tree_remove_node(&document.fd, "/R/I[2]", nullptr);
     EXPECT_EQ(value("/R/I[31]/V"), 32);
     EXPECT_EQ(value("/R/I[32]/V"), 33);
