@@ -15,7 +15,7 @@ using kh::read_text;
 using kh::read_value;
 using kh::ReadName;
 
-/// The text of an attribute where it need not be searched for; null for all else.
+/// The text of an attribute, where the element under the cursor is the one asked for; null for all else.
 static const char* known_attribute_text(long descriptor, ReadName element, ReadName attribute) noexcept
 {
     return is_whole(element) && is_whole(attribute) && !attribute.name.empty()
