@@ -159,7 +159,7 @@ bool NewValue::make(xmlNode* element, const char* name, const char* value) noexc
         return make_uri(declaration, value);
     if (xmlAttr* attribute = attribute_written(element, name))
         return make_text(attribute, value);
-    const ParserCall call;
+    const NodeCall call;
     const xmlChar* local_name = to_xml(name);
     xmlNs* space = namespace_of(element, name, local_name);
     if (call.out_of_memory())

@@ -4,6 +4,7 @@
 #include "build/content.h"
 #include "build/delete.h"
 #include "build/indentation.h"
+#include "build/link.h"
 #include "build/validity.h"
 #include "tree/cursor.h"
 #include "tree/path.h"
@@ -31,16 +32,6 @@ bool check_arguments(Operation& op, const long* fd, const char* name) noexcept
     return !op.failed();
 }
 
-/// Moves the cursor along a path; the document, or null with the trace line of this call.
-Document* go_to_path(Operation& op, long* fd, const char* path) noexcept
-{
-    kh_tree_go_to_path_node(fd, path, op.error_vector());
-    if (!op.failed())
-        return find_document(fd);
-    op.pass_on();
-    return nullptr;
-}
-
 /// The document's first child; a document type has to stand before it.
 void link_root(xmlDoc* document, xmlNode* root) noexcept
 {
@@ -53,7 +44,7 @@ void link_root(xmlDoc* document, xmlNode* root) noexcept
 }
 
 /// A new element without namespace, in no tree yet.
-XmlNode new_element(const ParserCall& call, xmlDoc* document, xmlNs* space, const char* name,
+XmlNode new_element(const NodeCall& call, xmlDoc* document, xmlNs* space, const char* name,
                     const char* content) noexcept
 {
     XmlNode element(xmlNewDocRawNode(document, space, to_xml(name), to_xml(content)));
@@ -90,7 +81,7 @@ long add_sibling(const char* function, long* fd, const char* path, const char* n
     const Document* document = go_to_path(op, fd, path);
     if (!document)
         return op.status();
-    const ParserCall call;
+    const NodeCall call;
     XmlNode sibling = new_element(call, document->doc, nullptr, name, nullptr);
     if (!sibling)
         return op.fail(KH_ERR_CREATE_NODE, ". Node: %s", name);
@@ -102,7 +93,7 @@ long add_sibling(const char* function, long* fd, const char* path, const char* n
 
 void remove_element(Document& document, xmlNode* node) noexcept
 {
-    remove_indentation(node);
+    remove_if_text(node->prev); // its indentation
     document.current = node == document.root ? nullptr : node->parent;
     delete_node(document, node);
 }
@@ -112,8 +103,8 @@ void remove_element(Document& document, xmlNode* node) noexcept
 } // namespace kh
 
 using kh::Document;
+using kh::NodeCall;
 using kh::Operation;
-using kh::ParserCall;
 using kh::XmlNode;
 
 long kh_tree_create_root(long* fd, const char* name, long* ierr)
@@ -125,7 +116,7 @@ long kh_tree_create_root(long* fd, const char* name, long* ierr)
     if (document->root)
         return op.fail(KH_ERR_ROOT_EXISTS);
     // The first child takes the place of this text with its own indentation.
-    const ParserCall call;
+    const NodeCall call;
     XmlNode root = kh::new_element(call, document->doc, nullptr, name, "\n  ");
     if (!root)
         return op.fail(KH_ERR_CREATE_NODE);
@@ -141,11 +132,11 @@ long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
     Operation op("kh_tree_add_child", ierr);
     if (!kh::check_arguments(op, fd, name))
         return op.status();
-    Document* document = kh::go_to_path(op, fd, path);
+    Document* document = go_to_path(op, fd, path);
     if (!document)
         return op.status();
     xmlNode* parent = document->current;
-    const ParserCall call;
+    const NodeCall call;
     XmlNode child =
         kh::is_element(parent) ? kh::new_element(call, document->doc, parent->ns, name, nullptr) : nullptr;
     if (!child)
@@ -155,9 +146,9 @@ long kh_tree_add_child(long* fd, const char* path, const char* name, long* ierr)
     if (!indentation)
         return op.fail(KH_ERR_CREATE_NODE, "%s", kh::indentation_detail);
     document->value_edited(); // with a new last child, walks lead to the same elements as before
-    document->current = xmlAddChild(parent, child.release());
-    kh::remove_indentation(document->current);
-    xmlAddPrevSibling(document->current, indentation.release());
+    kh::remove_if_text(parent->last);
+    kh::link_node(parent, nullptr, *indentation.release());
+    document->current = kh::link_node(parent, nullptr, *child.release());
     return kh::handle(document->current);
 }
 
@@ -182,7 +173,7 @@ long kh_tree_add_sibling(long* fd, xmlNode* reference, xmlNode* added, xmlNode* 
         return op.null_argument();
     if (reference->parent && reference->parent == document->root->parent) // a document has one root
         return op.fail(KH_ERR_ADD_SIBLING);
-    const ParserCall call;
+    const NodeCall call;
     XmlNode indentation =
         kh::new_indentation(call, document->doc, 2 * distance_from_root(*document, reference));
     const bool is_behind = insert == xmlAddNextSibling;
@@ -226,7 +217,7 @@ long kh_tree_add_attribute(long* fd, const char* path, const char* name, long* i
     Operation op("kh_tree_add_attribute", ierr);
     if (!kh::check_arguments(op, fd, name))
         return op.status();
-    const Document* document = kh::go_to_path(op, fd, path);
+    const Document* document = go_to_path(op, fd, path);
     if (!document)
         return op.status();
     xmlNode* element = document->current;
@@ -234,7 +225,7 @@ long kh_tree_add_attribute(long* fd, const char* path, const char* name, long* i
         return op.fail(KH_ERR_NOT_ELEMENT);
     if (kh::attribute_written(element, name) || kh::declaration_written(element, name))
         return kh::handle(element);
-    const ParserCall call;
+    const NodeCall call;
     xmlAttr* attribute = xmlNewProp(element, kh::to_xml(name), nullptr);
     if (attribute && !call.out_of_memory())
         return kh::handle(element);
@@ -248,7 +239,7 @@ long kh_tree_remove_node(long* fd, const char* path, long* ierr)
     Operation op("kh_tree_remove_node", ierr);
     if (!fd)
         return op.null_argument();
-    Document* document = kh::go_to_path(op, fd, path);
+    Document* document = go_to_path(op, fd, path);
     if (!document)
         return op.status();
     if (!ends_with_attribute(*document)) {

@@ -99,7 +99,7 @@ private:
 
 bool set_element_content(xmlNode* element, std::string_view text)
 {
-    const ParserCall call;
+    const NodeCall call;
     ContentBuilder builder(element->doc);
     if (!builder.build(text) || call.out_of_memory())
         return false;

@@ -4,7 +4,7 @@
 
 namespace kh {
 
-XmlNode new_indentation(const ParserCall&, xmlDoc* document, long spaces) noexcept
+XmlNode new_indentation(const NodeCall&, xmlDoc* document, long spaces) noexcept
 {
     const auto size = static_cast<std::size_t>(std::max(spaces, 0L)) + 1;
     XmlNode text(xmlNewDocText(document, nullptr));
@@ -18,13 +18,12 @@ XmlNode new_indentation(const ParserCall&, xmlDoc* document, long spaces) noexce
     return text;
 }
 
-void remove_indentation(xmlNode* node) noexcept
+void remove_if_text(xmlNode* node) noexcept
 {
-    xmlNode* before = node->prev;
-    if (!before || before->type != XML_TEXT_NODE)
+    if (!node || node->type != XML_TEXT_NODE)
         return;
-    xmlUnlinkNode(before);
-    xmlFreeNode(before);
+    xmlUnlinkNode(node);
+    xmlFreeNode(node);
 }
 
 } // namespace kh

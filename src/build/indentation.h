@@ -8,10 +8,10 @@ namespace kh {
 
 /// A text node of a newline and `spaces` spaces; null when memory runs out, which the caller's guard takes the
 /// message of.
-XmlNode new_indentation(const ParserCall& guard, xmlDoc* document, long spaces) noexcept;
+XmlNode new_indentation(const NodeCall& guard, xmlDoc* document, long spaces) noexcept;
 
-/// Takes the text away that stands directly before a node: its indentation.
-void remove_indentation(xmlNode* node) noexcept;
+/// Takes a node away that is a text: the indentation of what stands behind it. Null does nothing.
+void remove_if_text(xmlNode* node) noexcept;
 
 /// The detail of every report about indentation that could not be made or inserted.
 constexpr const char* indentation_detail = ". Error in the indentation";

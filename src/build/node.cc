@@ -3,6 +3,7 @@
 
 #include "build/delete.h"
 #include "build/identifier.h"
+#include "build/link.h"
 #include "build/validity.h"
 
 #include <cstring>
@@ -43,21 +44,11 @@ XmlNode new_element_below(const Document& document, xmlNode* parent, const char*
 
 XmlNode new_node_below(const Document& document, xmlNode* parent, long kind, const char* text) noexcept
 {
-    const ParserCall call;
+    const NodeCall call;
     XmlNode node = kind == KH_NODE_ELEMENT ? new_element_below(document, parent, text)
                                            : XmlNode(xmlNewDocText(parent->doc, to_xml(text)));
     const bool complete = node && (kind == KH_NODE_ELEMENT || node->content) && !call.out_of_memory();
     return complete ? std::move(node) : nullptr;
-}
-
-/// libxml2's own functions make one text of two, and may run out of memory over it.
-xmlNode* link(xmlNode* parent, xmlNode* before, xmlNode& node) noexcept
-{
-    node.parent = parent;
-    node.next = before;
-    node.prev = before ? before->prev : parent->last;
-    (node.prev ? node.prev->next : parent->children) = &node;
-    return (before ? before->prev : parent->last) = &node;
 }
 
 bool check_insertion(Operation& op, const Document& document, const xmlNode* parent, const xmlNode* before,
@@ -105,7 +96,7 @@ xmlNode* kh_tree_insert_node(long* fd, xmlNode* parent, xmlNode* before, long ki
     document->edited();
     if (before)
         document->child_index.inserted_before(before);
-    xmlNode* inserted = kh::link(parent, before, *node.release());
+    xmlNode* inserted = kh::link_node(parent, before, *node.release());
     if (kind == KH_NODE_ELEMENT && !std::strchr(text, ':'))
         document->last_inserted = {inserted, inserted->ns};
     return inserted;

@@ -13,11 +13,13 @@ struct Range {
 };
 
 template <std::size_t count>
-bool is_in(const Range (&ranges)[count], unsigned long code_point) noexcept
+constexpr bool is_in(const Range (&ranges)[count], unsigned long code_point) noexcept
 {
-    return std::any_of(std::begin(ranges), std::end(ranges), [&](const Range& range) {
-        return code_point >= range.first && code_point <= range.last;
-    });
+    for (const Range& range : ranges) {
+        if (code_point >= range.first && code_point <= range.last)
+            return true;
+    }
+    return false;
 }
 
 constexpr Range characters[] = {
@@ -33,7 +35,34 @@ constexpr Range name_starts[] = {
 constexpr Range further_name_characters[] = {
     {'0', '9'}, {'-', '.'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
 
+/// Which ASCII characters can stand where: most names are of them alone.
+struct AsciiTable {
+    constexpr AsciiTable() noexcept
+    {
+        for (unsigned long c = 0; c < 0x80; ++c) {
+            starts_name[c] = is_in(name_starts, c);
+            is_in_name[c] = starts_name[c] || is_in(further_name_characters, c);
+            is_plain[c] = is_in_name[c] && c != ':';
+        }
+    }
+    bool starts_name[0x80] = {};
+    bool is_in_name[0x80] = {};
+    bool is_plain[0x100] = {};
+};
+constexpr AsciiTable ascii;
+
 constexpr unsigned long no_character = ~0UL;
+
+bool is_name_start(unsigned long code_point) noexcept
+{
+    return code_point < 0x80 ? ascii.starts_name[code_point] : is_in(name_starts, code_point);
+}
+
+bool is_name_character(unsigned long code_point) noexcept
+{
+    return code_point < 0x80 ? ascii.is_in_name[code_point]
+                             : is_in(name_starts, code_point) || is_in(further_name_characters, code_point);
+}
 
 /// How many bytes the character has that a byte begins; 0 for a byte that begins none.
 std::size_t sequence_length(char first) noexcept
@@ -47,7 +76,7 @@ std::size_t sequence_length(char first) noexcept
 }
 
 /// Takes the first character off a text; no_character where the text is not UTF-8.
-unsigned long take_character(std::string_view& text) noexcept
+inline unsigned long take_character(std::string_view& text) noexcept
 {
     const auto first = static_cast<unsigned char>(text[0]);
     if (first < 0x80) {
@@ -72,7 +101,7 @@ unsigned long take_character(std::string_view& text) noexcept
 /// For a text that is not empty. By value: what is taken off stays the caller's.
 bool starts_name(std::string_view text) noexcept
 {
-    return is_in(name_starts, take_character(text));
+    return is_name_start(take_character(text));
 }
 
 /// XML allows a name whose third part, behind two colons, begins like no name, as "a:b:1"; libxml2 reads no file with
@@ -85,6 +114,19 @@ bool is_unreadable(std::string_view name) noexcept
         return false;
     const std::string_view rest = name.substr(second + 1);
     return starts_name(name.substr(first + 1)) && !rest.empty() && !starts_name(rest);
+}
+
+/// True for a name like most, of ASCII alone and without colons.
+bool is_plain_name(std::string_view text) noexcept
+{
+    const auto at = [text](std::size_t place) { return static_cast<unsigned char>(text[place]); };
+    if (text.empty() || !ascii.is_plain[at(0)] || !ascii.starts_name[at(0)])
+        return false;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (!ascii.is_plain[at(i)])
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -105,11 +147,10 @@ bool is_xml_text(std::string_view text) noexcept
 
 bool is_xml_name(std::string_view text) noexcept
 {
-    if (text.empty() || !is_in(name_starts, take_character(text)))
+    if (text.empty() || !is_name_start(take_character(text)))
         return false;
     while (!text.empty()) {
-        const unsigned long code_point = take_character(text);
-        if (!is_in(name_starts, code_point) && !is_in(further_name_characters, code_point))
+        if (!is_name_character(take_character(text)))
             return false;
     }
     return true;
@@ -118,7 +159,7 @@ bool is_xml_name(std::string_view text) noexcept
 bool is_node_name(std::string_view text) noexcept
 {
     constexpr std::size_t longest = 10'000'000; // that libxml2 reads
-    return text.size() <= longest && is_xml_name(text) && !is_unreadable(text);
+    return text.size() <= longest && (is_plain_name(text) || (is_xml_name(text) && !is_unreadable(text)));
 }
 
 std::size_t write_utf8(unsigned long code_point, char* bytes) noexcept

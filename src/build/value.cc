@@ -94,7 +94,7 @@ bool is_leaf(const xmlNode* node) noexcept
 /// Replaces all children of an element by a text in which nothing is a reference.
 bool set_literal_content(xmlNode* element, const char* text) noexcept
 {
-    const ParserCall call;
+    const NodeCall call;
     NodeList nodes;
     XmlNode node(*text ? xmlNewDocText(element->doc, to_xml(text)) : nullptr);
     if (*text && (!node || !node->content || call.out_of_memory()))
@@ -123,13 +123,8 @@ bool set(Document& document, const char* text, SetContent set_content)
 /// Moves the cursor to what is to be set; the document, or null with a report.
 Document* go_to_target(Operation& op, long* fd, const char* path) noexcept
 {
-    kh_tree_go_to_path_node(fd, path, op.error_vector());
-    if (op.failed()) {
-        op.pass_on();
-        return nullptr;
-    }
-    Document* document = find_document(fd);
-    return check_target(op, *document) ? document : nullptr;
+    Document* document = go_to_path(op, fd, path);
+    return document && check_target(op, *document) ? document : nullptr;
 }
 
 template <class SetContent>

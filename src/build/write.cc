@@ -14,7 +14,7 @@ namespace kh {
 namespace {
 
 /// Puts the closing tag of a last child's parent on a line of its own.
-bool indent_closing_tag(const ParserCall& call, xmlNode* last_child, long depth, Operation& op) noexcept
+bool indent_closing_tag(const NodeCall& call, xmlNode* last_child, long depth, Operation& op) noexcept
 {
     XmlNode indentation = new_indentation(call, last_child->doc, 2 * depth - 2);
     if (!indentation)
@@ -51,7 +51,7 @@ bool escape_all(const xmlNode* root) noexcept
 /// nothing, so that a second pass adds nothing.
 void format_siblings(const Document& document, xmlNode* node, Operation& op) noexcept
 {
-    const ParserCall call;
+    const NodeCall call;
     const xmlNode* const top = node->parent;
     long depth = distance_from_root(document, node);
     for (;;) {

@@ -51,9 +51,10 @@ long read_attribute_number(const char* name, long* fd, const char* element, cons
                            Number* value, long* ierr) noexcept
 {
     const char* known = attribute && value ? known_attribute_text(fd, element, attribute) : nullptr;
-    return read_known_number(known, name, value, ierr, [&](TextTarget& target, long* status) {
-        read_attribute(fd, element, attribute, target, status);
-    });
+    return read_known_number(known, name, value, ierr,
+                             [fd, element, attribute](TextTarget& target, long* status) {
+                                 read_attribute(fd, element, attribute, target, status);
+                             });
 }
 
 } // namespace

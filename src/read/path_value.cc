@@ -71,7 +71,7 @@ template <class Number>
 long read_path_number(const char* name, long* fd, const char* path, Number* value, long* ierr) noexcept
 {
     const char* known = path && value ? known_path_text(fd, path) : nullptr;
-    return read_known_number(known, name, value, ierr, [&](TextTarget& target, long* status) {
+    return read_known_number(known, name, value, ierr, [fd, path](TextTarget& target, long* status) {
         read_path_text(fd, path, nullptr, target, status);
     });
 }

@@ -6,6 +6,7 @@
 #include "frame/operation.h"
 #include "tree/child_index.h"
 #include "tree/element_index.h"
+#include "tree/known_path.h"
 #include "tree/xml.h"
 
 #include <atomic>
@@ -25,27 +26,11 @@ struct Document : kh_document_slot {
     /// nothing.
     std::atomic<bool> opening{false};
 
-    /// The names on the path stack, one behind the other; `stack_name` points into them.
-    ReusedBlock path_names;
-
-    /// The path that the stack holds, as it was written, and where its segments stand in it.
-    std::string chopped_path;
-    struct Extent {
-        std::size_t start;
-        std::size_t name_end;
-        std::size_t end; ///< at a "/", or at the end of the path
-    };
-    Extent extents[KH_MAX_PATH_NODES];
-
-    /// Where the stack's first nodes led from the root, as long as nothing has been edited since. None for a path from
-    /// the cursor.
-    struct Step {
-        xmlNode* node;  ///< what the segment led to
-        xmlNode* tried; ///< where the walk up to here left the cursor; null where it was not moved
-        ElementIndex::Position position; ///< the node's in the index, where that was asked for
-    };
-    Step walked[KH_MAX_PATH_NODES];
-    long walked_count = 0;
+    /// The paths that were asked for last, and the one that the stack holds; null where it holds none. Names on the stack
+    /// are that path's.
+    KnownPath known_paths[4];
+    KnownPath* path_on_stack = nullptr;
+    unsigned long paths_used = 0;
 
     /// Where children are that took a walk to find.
     ChildIndex child_index;
@@ -55,18 +40,6 @@ struct Document : kh_document_slot {
 
     /// True when all closing tags have their indentation, and nothing has been edited since.
     bool is_formatted = false;
-
-    /// The numbers that the index has for the names on the path stack, and which index that was.
-    ElementIndex::Name stack_number[KH_MAX_PATH_NODES];
-    unsigned long numbered_for = 0;
-
-    /// True when the path on the stack, from the root, came to differ in one index alone, as in a loop over a list. Not
-    /// where a step up, which is taken anew each time, or the root is concerned.
-    bool in_a_loop = false;
-    long loop_segment = 0; ///< the one with that index
-    /// Where the index has the parent of the list, and which index that is, once a turn of the loop was found there.
-    ElementIndex::Position loop_parent = ElementIndex::none;
-    unsigned long loop_generation = 0;
 
     /// The path of the cursor that was asked for last.
     std::string cursor_path;
@@ -90,7 +63,8 @@ struct Document : kh_document_slot {
     /// Nodes were added or are about to be removed: what a walk found before need not hold any more.
     void edited() noexcept
     {
-        walked_count = 0;
+        for (KnownPath& path : known_paths)
+            path.walked_count = 0;
         last_inserted = {};
         value_edited();
     }

@@ -29,25 +29,36 @@ long index_of(const char* written) noexcept
 
 void empty_stack(Document& document) noexcept
 {
-    document.walked_count = 0;
+    document.path_on_stack = nullptr;
     document.stack_count = 0;
     document.absolute = 0;
     document.array_position = -1;
     document.tag_is_from_path = false;
-    document.in_a_loop = false;
-    document.loop_generation = 0;
 }
 
-/// Takes a path apart onto the stack, behind the segments that it shares with the one there.
+void put_onto_stack(Document& document, KnownPath& path) noexcept
+{
+    for (long i = 0; i < path.count; ++i) {
+        document.stack_name[i] = path.segments[i].name;
+        document.stack_index[i] = path.segments[i].index;
+    }
+    document.stack_count = path.count;
+    document.absolute = path.absolute;
+    document.array_position = path.array_position;
+    document.tag_is_from_path = false;
+    document.path_on_stack = &path;
+    path.used = ++document.paths_used;
+}
+
+/// Takes a path apart, behind the segments that a known path has already.
 class Chopping {
 public:
-    Chopping(Document& document, const char* path, long shared) noexcept : document_(document), path_(path)
+    Chopping(KnownPath& path, const char* text) noexcept : path_(path), text_(text)
     {
-        document.stack_count = shared;
-        document.array_position = -1;
-        const char* next = path + (shared > 0 ? document.extents[shared - 1].end : 0);
+        const char* next = text + (path.count > 0 ? path.segments[path.count - 1].end : 0);
         while (fits_ && *next)
             next = *next == '/' ? next + 1 : add(next);
+        path.absolute = *text == '/';
     }
 
     bool fits_the_stack() const noexcept { return fits_; }
@@ -56,10 +67,11 @@ public:
     /// Writes the names into a block, which they stay in.
     void name_segments(char* names, std::size_t size) const noexcept
     {
-        std::memcpy(names, path_, size);
-        for (long i = 0; i < document_.stack_count; ++i) {
-            names[document_.extents[i].name_end] = '\0';
-            document_.stack_name[i] = names + document_.extents[i].start;
+        std::memcpy(names, text_, size);
+        for (long i = 0; i < path_.count; ++i) {
+            KnownPath::Segment& segment = path_.segments[i];
+            names[segment.name_end] = '\0';
+            segment.name = names + segment.start;
         }
     }
 
@@ -73,14 +85,14 @@ private:
             if (*end == '[' && !bracket)
                 bracket = end;
         }
-        const long segment = document_.stack_count;
-        fits_ = segment < KH_MAX_PATH_NODES;
+        fits_ = path_.count < KH_MAX_PATH_NODES;
         if (!fits_)
             return end;
-        document_.stack_index[segment] = bracket ? index_at(bracket + 1) : 0;
-        const auto offset = [this](const char* place) { return static_cast<std::size_t>(place - path_); };
-        document_.extents[segment] = {offset(start), offset(bracket ? bracket : end), offset(end)};
-        ++document_.stack_count;
+        const long index = bracket ? index_at(bracket + 1) : 0;
+        const auto offset = [this](const char* place) { return static_cast<std::size_t>(place - text_); };
+        path_.segments[path_.count] = {nullptr, index, offset(start), offset(bracket ? bracket : end),
+                                       offset(end)};
+        ++path_.count;
         return end;
     }
 
@@ -90,251 +102,134 @@ private:
         if (*written != '*')
             return index_of(written);
         ++arrays_;
-        const long segment = document_.array_position = document_.stack_count;
+        const long segment = path_.array_position = path_.count;
         // The array node keeps the index of the node before it: callers rely on it.
-        return segment > 0 ? document_.stack_index[segment - 1] : 0;
+        return segment > 0 ? path_.segments[segment - 1].index : 0;
     }
 
-    Document& document_;
-    const char* path_;
+    KnownPath& path_;
+    const char* text_;
     bool fits_ = true;
     int arrays_ = 0;
 };
 
-/// The last name that is no attribute becomes the requested tag.
-long request(Document& document, Operation& op) noexcept
+/// The last name that is no attribute becomes the requested tag. \return false when memory runs out
+bool copy_last_name(Document& document) noexcept
 {
     const long last = document.stack_count - 1 - ends_with_attribute(document);
-    if (last >= 0 && document.tag_is_from_path) {
-        document.visited = 0;
+    if (last < 0)
+        return true;
+    if (!set_requested_tag(document, document.stack_name[last]))
+        return false;
+    document.tag_is_from_path = accelerated;
+    return true;
+}
+
+/// The same where it may be so already.
+inline bool request_last(Document& document) noexcept
+{
+    if (!document.tag_is_from_path)
+        return copy_last_name(document);
+    document.visited = 0;
+    return true;
+}
+
+/// The same, with a report.
+long request(Document& document, Operation& op) noexcept
+{
+    if (request_last(document))
         return op.status();
+    empty_stack(document);
+    return op.fail(KH_ERR_MEMORY);
+}
+
+/// Puts the known path onto the stack that a condition holds for; null if there is none.
+template <class Condition>
+KnownPath* put_known_path(Document& document, Condition holds) noexcept
+{
+    for (KnownPath& path : document.known_paths) {
+        if (holds(path)) {
+            put_onto_stack(document, path);
+            return &path;
+        }
     }
-    if (last >= 0 && !set_requested_tag(document, document.stack_name[last])) {
-        empty_stack(document);
-        return op.fail(KH_ERR_MEMORY);
+    return nullptr;
+}
+
+/// Puts a path onto the stack that is known, or differs from a known one in one index alone, as paths in a loop do.
+bool put_known_path(Document& document, std::string_view text) noexcept
+{
+    return put_known_path(document, [&](const KnownPath& path) { return path.is_path(text); }) ||
+           put_known_path(document, [&](KnownPath& path) { return path.take_index(text); });
+}
+
+/// The known path that gives way to another: one with "[*]", which is taken apart each time, or the one used longest ago.
+KnownPath& path_to_replace(Document& document) noexcept
+{
+    if (document.path_on_stack && has_array_node(document))
+        return *document.path_on_stack;
+    return *std::min_element(
+        std::begin(document.known_paths), std::end(document.known_paths),
+        [](const KnownPath& one, const KnownPath& other) { return one.used < other.used; });
+}
+
+/// A path to be taken apart, with as many segments as a known one has.
+KnownPath& begin_path(Document& document, std::string_view text) noexcept
+{
+    const KnownPath* like = nullptr;
+    long shared = 0;
+    for (const KnownPath& known : document.known_paths) {
+        const long segments = accelerated ? known.segments_shared_with(text) : 0;
+        if (segments > shared) {
+            shared = segments;
+            like = &known;
+        }
     }
-    document.tag_is_from_path = accelerated && last >= 0;
-    return op.status();
+    KnownPath& path = path_to_replace(document);
+    path.begin_like(like ? *like : path, shared);
+    return path;
 }
 
-/// Some characters as one number, which compares them all at once.
-template <class Word = std::uint64_t>
-Word word_at(const char* text) noexcept
-{
-    Word word;
-    std::memcpy(&word, text, sizeof word);
-    return word;
-}
-
-std::size_t common_length(std::string_view one, std::string_view other) noexcept
-{
-    constexpr std::size_t step = sizeof(std::uint64_t);
-    const std::size_t length = std::min(one.size(), other.size());
-    std::size_t common = 0;
-    while (common + step <= length && word_at(one.data() + common) == word_at(other.data() + common))
-        common += step;
-    while (common < length && one[common] == other[common])
-        ++common;
-    return common;
-}
-
-/// Whether texts of a length, at least that of a word, are the same.
-template <class Word>
-bool same_words(const char* one, const char* other, std::size_t length) noexcept
-{
-    const std::size_t last = length - sizeof(Word); // may overlap the one before
-    for (std::size_t i = 0; i < last; i += sizeof(Word)) {
-        if (word_at<Word>(one + i) != word_at<Word>(other + i))
-            return false;
-    }
-    return word_at<Word>(one + last) == word_at<Word>(other + last);
-}
-
-/// The same for any length: paths are short, and a call of memcmp() costs more than most of them.
-inline bool is_same(const char* one, const char* other, std::size_t length) noexcept
-{
-    if (length >= sizeof(std::uint64_t))
-        return same_words<std::uint64_t>(one, other, length);
-    if (length >= sizeof(std::uint32_t))
-        return same_words<std::uint32_t>(one, other, length);
-    return std::string_view(one, length) == std::string_view(other, length);
-}
-
-/// How many characters a path has in common with the one on the stack, from the start on.
-std::size_t common_with_stack(const Document& document, std::string_view path) noexcept
-{
-    return accelerated && document.stack_count > 0 ? common_length(document.chopped_path, path) : 0;
-}
-
-/// How many segments that makes. An array node's index changes as it is walked.
-long shared_segments(const Document& document, std::string_view path, std::size_t common) noexcept
-{
-    const long last = document.array_position == -1 ? document.stack_count : document.array_position;
-    const bool ends_there = common == path.size() || path[common] == '/';
-    long count = 0;
-    while (count < last &&
-           (document.extents[count].end < common || (document.extents[count].end == common && ends_there)))
-        ++count;
-    return count;
-}
-
-/// The segment of the path on the stack that has a character in its brackets; -1 if none has.
-long segment_with_index_at(const Document& document, std::size_t place) noexcept
-{
-    long segment = document.stack_count - 1;
-    while (segment >= 0 && document.extents[segment].name_end >= place)
-        --segment;
-    return segment >= 0 && place < document.extents[segment].end ? segment : -1;
-}
-
-/// Reads digits, no more than need no care. \return how many
-inline std::size_t read_digits(std::string_view path, std::size_t start, long& number) noexcept
-{
-    constexpr std::size_t most = 9;
-    const char* const digits = path.data() + start;
-    const std::size_t end = std::min(path.size() - start, most);
-    std::size_t count = 0;
-    long read = 0; // kept in a register, which a caller's variable is not
-    for (; count < end; ++count) {
-        const unsigned digit = static_cast<unsigned char>(digits[count]) - unsigned{'0'};
-        if (digit > 9)
-            break;
-        read = 10 * read + digit;
-    }
-    number = read;
-    return count;
-}
-
-/// The length of "NUMBER]" at the end of a segment, with a number that needs no care; 0 for all else.
-std::size_t length_of_plain_index(std::string_view path, std::size_t start, long& number) noexcept
-{
-    const std::size_t digits = read_digits(path, start, number);
-    const std::size_t end = start + digits;
-    const bool closed = path.substr(end, 1) == "]" && (end + 1 == path.size() || path[end + 1] == '/');
-    return closed && digits > 0 ? digits + 1 : 0;
-}
-
-bool is_step_up(const Document& document, long entry) noexcept
-{
-    const char* name = document.stack_name[entry];
-    return name[0] == '.' && name[1] == '.' && name[2] == '\0';
-}
-
-/// A step up is taken anew in each walk: it sets the caller's status, and may report.
-bool has_step_up(const Document& document) noexcept
-{
-    for (long i = 0; i < document.stack_count; ++i) {
-        if (is_step_up(document, i))
-            return true;
-    }
-    return false;
-}
-
-/// Changes an index on the stack, which walks then follow from there on.
-void set_index(Document& document, long segment, long number) noexcept
-{
-    document.stack_index[segment] = number - 1;
-    document.walked_count = std::min(document.walked_count, segment);
-}
-
-/// Changes the index in the path on the stack to the one of a length, and "]" behind it, that a path has there. False,
-/// and no change, without memory.
-bool replace_index(Document& document, std::string_view path, long segment, std::size_t length,
-                   long number) noexcept
-{
-    Document::Extent* const extents = document.extents;
-    const std::size_t start = extents[segment].name_end + 1;
-    const std::size_t old_length = extents[segment].end - start;
-    try {
-        document.chopped_path.replace(start, old_length, path, start, length);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    extents[segment].end += length - old_length;
-    for (long i = segment + 1; length != old_length && i < document.stack_count; ++i) {
-        extents[i].start += length - old_length;
-        extents[i].name_end += length - old_length;
-        extents[i].end += length - old_length;
-    }
-    set_index(document, segment, number);
-    return true;
-}
-
-/// Puts a path onto the stack that differs in one index alone from the one there, as paths in a loop do. False,
-/// and no change, where it differs otherwise.
-bool change_index(Document& document, std::string_view path, std::size_t common) noexcept
-{
-    const std::string_view old_path = document.chopped_path;
-    if (common == path.size() || path.back() != old_path.back())
-        return false;
-    const long segment = document.array_position == -1 ? segment_with_index_at(document, common) : -1;
-    if (segment < 0)
-        return false;
-    const std::size_t start = document.extents[segment].name_end + 1;
-    long number = 0;
-    const std::size_t old_length = length_of_plain_index(old_path, start, number);
-    const std::size_t length = length_of_plain_index(path, start, number);
-    if (old_length == 0 || length == 0 || old_path.substr(start + old_length) != path.substr(start + length))
-        return false;
-    if (!replace_index(document, path, segment, length, number))
-        return false;
-    document.in_a_loop = document.absolute && segment > 0 && !has_step_up(document);
-    document.loop_segment = segment;
-    document.loop_generation = 0;
-    return true;
-}
-
-/// Remembers the path that the stack holds; without memory it will be taken apart again.
-void remember_path(Document& document, std::string_view path) noexcept
+/// Room for the names of a path, whose text is kept; null when memory runs out.
+char* room_for_names(KnownPath& path, std::string_view text) noexcept
 {
     try {
-        document.chopped_path = path;
+        path.text = text;
     } catch (const std::bad_alloc&) {
-        document.chopped_path.clear();
+        return nullptr;
     }
+    return path.block.reserve(text.size() + 1);
 }
 
-/// Takes a path apart that begins with segments that stand on the stack already.
-long chop(Document& document, std::string_view text, long shared, Operation& op) noexcept
+/// Takes a path apart onto the stack.
+long chop(Document& document, const char* text, Operation& op) noexcept
 {
-    const char* path = text.data();
-    const auto refuse = [&](long code) {
+    const std::size_t length = std::strlen(text);
+    if (accelerated && put_known_path(document, {text, length}))
+        return request(document, op);
+    KnownPath& path = begin_path(document, {text, length});
+    const bool bad_start = length > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
+    const Chopping chopping(path, text);
+    const auto give_up = [&] {
+        path.forget();
         empty_stack(document);
-        return op.fail(code, ". Bad path: %s", path);
     };
-    const bool bad_start = text.size() > 1 && text[0] == '.' && text[1] != '.' && text[1] != '/';
-    const Chopping chopping(document, path, shared);
+    const auto refuse = [&](long code) {
+        give_up();
+        return op.fail(code, ". Bad path: %s", text);
+    };
     if (!chopping.fits_the_stack() && !bad_start)
         return refuse(KH_ERR_PATH_LENGTH);
-    if (bad_start || document.stack_count == 0 || !chopping.has_one_array_at_most())
+    if (bad_start || path.count == 0 || !chopping.has_one_array_at_most())
         return refuse(KH_ERR_ARGUMENT);
-    char* names = document.path_names.reserve(text.size() + 1);
+    char* names = room_for_names(path, {text, length});
     if (!names) {
-        empty_stack(document);
+        give_up();
         return op.fail(KH_ERR_MEMORY);
     }
-    chopping.name_segments(names, text.size() + 1);
-    remember_path(document, text);
-    document.absolute = *path == '/';
-    document.walked_count = std::min(document.walked_count, shared);
-    document.numbered_for = 0;
-    document.in_a_loop = false;
-    document.loop_generation = 0;
-    document.tag_is_from_path = false;
+    chopping.name_segments(names, length + 1);
+    put_onto_stack(document, path);
     return request(document, op);
-}
-
-/// The same for a path that may be the one on the stack, or much like it: callers often ask for paths that
-/// differ in the last steps, in an index, or not at all.
-long chop(Document& document, const char* path, Operation& op) noexcept
-{
-    const std::string_view text = path;
-    const std::size_t common = common_with_stack(document, text);
-    const bool is_on_stack = common > 0 && common == text.size() && common == document.chopped_path.size();
-    if ((is_on_stack && document.array_position == -1) ||
-        (common > 0 && change_index(document, text, common)))
-        return request(document, op);
-    return chop(document, text, shared_segments(document, text, common), op);
 }
 
 /// The end of a walk over the whole stack: a last attribute is not walked.
@@ -349,7 +244,7 @@ xmlNode* step(long* fd, Document& document, xmlNode* node, long entry, Operation
     const char* name = document.stack_name[entry];
     if (name[0] == '.' && name[1] == '\0')
         return node;
-    if (!is_step_up(document, entry))
+    if (!document.path_on_stack->is_step_up(entry))
         return go_to_child(document, node, name, document.stack_index[entry]);
     node = kh_tree_go_to_parent(fd, node, op.error_vector());
     if (op.status() != KH_OK)
@@ -369,114 +264,80 @@ xmlNode* walk(long* fd, Document& document, xmlNode* node, long first, long end,
 }
 
 /// Where in the index a walk begins that goes on from a step; `none` where that is not known.
-ElementIndex::Position position_of(ElementIndex& index, Document::Step& step) noexcept
+ElementIndex::Position position_of(ElementIndex& index, KnownPath::Step& step) noexcept
 {
     if (step.position >= index.count() || index.node_at(step.position) != step.node)
         step.position = index.position_of(step.node);
     return step.position;
 }
 
-/// The numbers of the names on the stack.
-const ElementIndex::Name* stack_numbers(Document& document) noexcept
+/// Gives a path the numbers of its names.
+void number_names(KnownPath& path, const ElementIndex& index) noexcept
 {
-    const ElementIndex& index = document.element_index;
-    if (document.numbered_for != index.generation()) {
-        for (long i = 0; i < document.stack_count; ++i)
-            document.stack_number[i] = index.number_of(document.stack_name[i]);
-        document.numbered_for = index.generation();
-    }
-    return document.stack_number;
+    if (path.numbered_for == index.generation())
+        return;
+    for (long i = 0; i < path.count; ++i)
+        path.numbers[i] = index.number_of(path.segments[i].name);
+    path.numbered_for = index.generation();
 }
 
-/// What the entries from `first` up to `end`, with the numbers of their names, lead to from a place in the index; `none`
+/// What the segments from `first` up to `end`, whose names have their numbers, lead to from a place in the index; `none`
 /// for what is not there, or is no element of that name.
-inline ElementIndex::Position follow_in_index(Document& document, ElementIndex::Position position,
-                                              const ElementIndex::Name* numbers, long first,
-                                              long end) noexcept
+inline ElementIndex::Position follow_in_index(ElementIndex& index, ElementIndex::Position position,
+                                              const KnownPath& path, long first, long end) noexcept
 {
     for (long i = first; i < end && position != ElementIndex::none; ++i) {
-        if (document.stack_index[i] < 0 || numbers[i] == ElementIndex::none)
+        if (path.segments[i].index < 0 || path.numbers[i] == ElementIndex::none)
             return ElementIndex::none;
-        position = document.element_index.child_at(position, numbers[i],
-                                                   static_cast<std::size_t>(document.stack_index[i]));
+        position =
+            index.child_at(position, path.numbers[i], static_cast<std::size_t>(path.segments[i].index));
     }
     return position;
 }
 
 /// The node that it leads to from a step, by the index alone, or null. The cursor stays. Only for paths in a loop: for
 /// others, the way into the index would cost more than it saves.
-xmlNode* find_in_index(Document& document, Document::Step& start, long first, long end) noexcept
+xmlNode* find_in_index(Document& document, KnownPath& path, long first, long end) noexcept
 {
     ElementIndex& index = document.element_index;
-    if (first == end || !document.in_a_loop || !index.stands(document.root))
+    if (first == end || !path.in_a_loop || !index.stands(document.root))
         return nullptr;
-    const ElementIndex::Position parent = position_of(index, start);
-    const ElementIndex::Position found =
-        follow_in_index(document, parent, stack_numbers(document), first, end);
+    number_names(path, index);
+    const ElementIndex::Position parent = position_of(index, path.walked[first - 1]);
+    const ElementIndex::Position found = follow_in_index(index, parent, path, first, end);
     if (found == ElementIndex::none)
         return nullptr;
-    if (first == document.loop_segment) {
-        document.loop_parent = parent;
-        document.loop_generation = index.generation();
+    if (first == path.loop_segment) {
+        path.loop_parent = parent;
+        path.loop_generation = index.generation();
     }
     index.found(found);
     return index.node_at(found);
 }
 
-/// The node that the path on the stack, which has names to walk, led to; null where its walk left no such trace.
-xmlNode* walked_before(const Document& document) noexcept
-{
-    const long end = walk_end(document);
-    return document.walked_count >= end ? document.walked[end - 1].node : nullptr;
-}
-
-/// Puts another turn of a loop onto the stack: a path that differs from the one there in the loop's index alone. False,
-/// and no change, for all else.
-inline bool put_next_turn(Document& document, std::string_view path) noexcept
-{
-    const long segment = document.loop_segment;
-    const Document::Extent& extent = document.extents[segment];
-    const std::size_t start = extent.name_end + 1;
-    const std::size_t tail = document.chopped_path.size() - extent.end + 1; // from the bracket on
-    char* const last = document.chopped_path.data();
-    if (path.size() <= start + tail || !is_same(path.data(), last, start) ||
-        !is_same(path.data() + path.size() - tail, last + extent.end - 1, tail))
-        return false;
-    const std::size_t digits = path.size() - tail - start;
-    long number = 0;
-    if (read_digits(path, start, number) != digits || number == 0)
-        return false;
-    if (start + digits + 1 != extent.end)
-        return replace_index(document, path, segment, digits + 1, number);
-    for (std::size_t i = start; i < start + digits; ++i)
-        last[i] = path[i];
-    set_index(document, segment, number);
-    return true;
-}
-
-/// Follows the stack from the root, going on from where the last walk of the same entries got to.
+/// Follows the stack from the root, going on from where the last walk of the same segments got to.
 xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) noexcept
 {
+    KnownPath& path = *document.path_on_stack;
     xmlNode* const before = document.current;
-    const long lasting = document.array_position == -1 ? end : std::min(end, document.array_position);
-    if (document.walked_count == 0) {
-        document.walked[0] = {document.root, nullptr, 0};
-        document.walked_count = 1;
+    const long lasting = path.array_position == -1 ? end : std::min(end, path.array_position);
+    if (path.walked_count == 0) {
+        path.walked[0] = {document.root, nullptr, 0};
+        path.walked_count = 1;
     }
-    const long first = std::max(1L, std::min(document.walked_count, end));
-    Document::Step& start = document.walked[first - 1];
-    xmlNode* node = find_in_index(document, start, first, end);
+    const long first = std::max(1L, std::min(path.walked_count, end));
+    xmlNode* node = find_in_index(document, path, first, end);
     if (node)
         return document.current = node;
-    node = start.node;
-    document.current = start.tried;
+    node = path.walked[first - 1].node;
+    document.current = path.walked[first - 1].tried;
     document.element_index.walked(first < end ? 1 : 0);
     for (long i = first; node && i < end; ++i) {
         node = step(fd, document, node, i, op);
-        const bool lasts = node && i < lasting && is_element(node) && !is_step_up(document, i);
-        if (lasts && i == document.walked_count && accelerated) {
-            document.walked[i] = {node, document.current, ElementIndex::none};
-            document.walked_count = i + 1;
+        const bool lasts = node && i < lasting && is_element(node) && !path.is_step_up(i);
+        if (lasts && i == path.walked_count && accelerated) {
+            path.walked[i] = {node, document.current, ElementIndex::none};
+            path.walked_count = i + 1;
         }
     }
     if (node)
@@ -487,20 +348,30 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
 }
 
 /// The same for another turn of a loop, which mostly takes a look into the index, or two.
-inline xmlNode* walk_next_turn(long* fd, Document& document) noexcept
+inline xmlNode* walk_next_turn(long* fd, Document& document, const KnownPath& path, long end) noexcept
 {
     ElementIndex& index = document.element_index;
-    const long end = walk_end(document);
     ElementIndex::Position found = ElementIndex::none;
-    if (document.loop_generation != 0 && document.loop_generation == index.generation())
-        found = follow_in_index(document, document.loop_parent, document.stack_number, document.loop_segment,
-                                end);
+    if (path.loop_generation != 0 && path.loop_generation == index.generation())
+        found = follow_in_index(index, path.loop_parent, path, path.loop_segment, end);
     if (found == ElementIndex::none) {
         Operation op("kh_tree_go_to_stack_node", nullptr); // reports nothing: no step of a loop leads up
         return walk_from_root(fd, document, end, op);
     }
     index.found(found);
     return index.node_at(found);
+}
+
+/// True for a text that is a known path, or the next turn of its loop, which the path then becomes. Its walk has begun.
+inline bool is_known(KnownPath& path, std::string_view text) noexcept
+{
+    return path.walked_count > 0 && ((path.in_a_loop && path.take_next_turn(text)) || path.is_path(text));
+}
+
+/// Puts a path onto the stack that is known, while another is there; null if there is none.
+[[gnu::noinline]] KnownPath* put_other_path(Document& document, std::string_view text) noexcept
+{
+    return put_known_path(document, [&](KnownPath& path) { return is_known(path, text); });
 }
 
 /// True where all siblings of a node are few.
@@ -519,9 +390,9 @@ bool has_near_ends(const xmlNode* node) noexcept
 /// path return the root.
 bool begins_at_root(const Document& document, Operation& op) noexcept
 {
-    const bool was_seen =
-        document.walked_count > 0; // a walk of this path, or one that begins like it, got on
-    if (!document.absolute || was_seen || document.stack_count == 0 ||
+    const KnownPath* path = document.path_on_stack;
+    if (!document.absolute || !path ||
+        path->walked_count > 0 || // then a walk that began like this one got on
         is_named(document.root, document.stack_name[0]))
         return true;
     op.fail(KH_ERR_ARGUMENT, ". Bad root element: %s", document.stack_name[0]);
@@ -580,17 +451,34 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept
 {
-    if (!document.tag_is_from_path || document.walked_count == 0)
+    KnownPath* known = document.path_on_stack;
+    if (known && is_known(*known, path))
+        document.stack_index[known->loop_segment] = known->segments[known->loop_segment].index;
+    else
+        known = put_other_path(document, path);
+    if (!known)
         return nullptr;
+    if (!request_last(document) || !document.tag_is_from_path)
+        return nullptr;
+    const long end = walk_end(document);
     xmlNode* node = nullptr;
-    if (document.in_a_loop && put_next_turn(document, path))
-        node = walk_next_turn(fd, document);
-    else if (!has_array_node(document) && !path.empty() && path == document.chopped_path)
-        node = walked_before(document);
-    if (!node)
-        return nullptr;
-    document.visited = 0;
-    return document.current = node;
+    if (known->walked_count >= end)
+        node = known->walked[end - 1].node;
+    else if (known->in_a_loop)
+        node = walk_next_turn(fd, document, *known, end);
+    return node ? document.current = node : nullptr;
+}
+
+Document* go_to_path(Operation& op, long* fd, const char* path) noexcept
+{
+    Document* document = path ? find_document(fd) : nullptr;
+    if (document && go_to_known_node(fd, *document, path))
+        return document;
+    kh_tree_go_to_path_node(fd, path, op.error_vector());
+    if (!op.failed())
+        return find_document(fd);
+    op.pass_on();
+    return nullptr;
 }
 
 long chop_path(Document& document, const char* path, long* ierr) noexcept
@@ -690,7 +578,7 @@ xmlNode* kh_tree_go_to_stack_array_node(long* fd, long* k, long* ierr)
     if (!kh::begins_at_root(*document, op))
         return document->root;
     document->stack_index[position] = *k;
-    document->walked_count = std::min(document->walked_count, position);
+    document->path_on_stack->walked_count = std::min(document->path_on_stack->walked_count, position);
     return kh::walk_from_start(fd, *document, position + 1, op);
 }
 

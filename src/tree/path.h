@@ -24,6 +24,10 @@ inline bool has_array_node(const Document& document) noexcept
 /// report.
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept;
 
+/// Moves the cursor along a path for another call, in whose status word kh_tree_go_to_path_node() reports. \return the
+/// document; null, with the trace line of that call, where the path leads nowhere
+Document* go_to_path(Operation& op, long* fd, const char* path) noexcept;
+
 /// What kh_tree_chop_path() and kh_tree_go_to_stack_node() do, and report in their names.
 long chop_path(Document& document, const char* path, long* ierr) noexcept;
 xmlNode* go_to_stack_node(long* fd, Document& document, long* ierr) noexcept;

@@ -69,6 +69,13 @@ void ParserCall::take_message(void* self, const char* format, ...)
     KH_handle_xml_error(nullptr, "%s", text);
 }
 
+void NodeCall::take_error(void*, xmlError* error)
+{
+    const int reason = errno; // which out_of_memory() looks at
+    KH_handle_xml_error(nullptr, "%s", error->message);
+    errno = reason;
+}
+
 /// libxml2 does not close a converter that has no name, as one is left when memory runs out over it.
 void FreeXml::operator()(xmlCharEncodingHandler* encoder) const noexcept
 {

@@ -260,6 +260,86 @@ TEST(PathsInALoop, FollowAnEditBetweenTwoTurns)
     EXPECT_EQ(value("/R/I[33]/V"), 1234);
 }
 
+// The last few paths are remembered, each with its own loop; which, and whether at all, never shows.
+TEST(PathsInTurn, AreReadAsTheFirstPathOfADocumentIs)
+{
+    const std::string text = list_of_items(60);
+    const Document looped(text);
+    std::mt19937 random(1);
+    std::string asked_for = "/R"; // whose last name a refused path leaves requested
+    seen_of(looped, asked_for);
+    const auto one_of = [&](const std::vector<std::string>& choices) {
+        return choices[random() % choices.size()];
+    };
+    for (int turn = 1; turn <= 1500; ++turn) {
+        const std::string item = "/R/I[" + std::to_string(turn % 63) + "]";
+        const std::string path =
+            one_of({item, item + "/V", item + "/@a", item + "/W", item + "/V/..", "/R", "/R/I", "/R/I[7]/@a",
+                    "/R/I[*]/V", "/R/I[*]/@a", "/Q" + item, "/@a", "/", ".x", item + "[*]/I[*]",
+                    std::string(120, '/') + "R", item + "/V/"});
+        const Document fresh(text);
+        seen_of(fresh, asked_for);
+        ASSERT_EQ(seen_of(looped, path), seen_of(fresh, path)) << "turn " << turn;
+        if (looped.slot()->stack_count > 0 && path != "/@a")
+            asked_for = path;
+    }
+}
+
+TEST(PathsInTurn, FollowAnEditEach)
+{
+    Document document(list_of_items(60));
+    const std::vector<std::string> paths{"/R", "/R/I[31]", "/R/I[31]/V", "/R/I[32]/V"};
+    const auto values = [&] {
+        std::string all;
+        for (const std::string& path : paths) {
+            document.go_to(path.c_str());
+            all += std::string(reinterpret_cast<const char*>(document.current()->name)) + " ";
+            if (path.back() == 'V')
+                all +=
+                    std::string(reinterpret_cast<const char*>(document.current()->children->content)) + " ";
+        }
+        return all;
+    };
+    for (int time = 0; time < 3; ++time)
+        EXPECT_EQ(values(), "R I V 31 V 32 ");
+    kh_tree_remove_node(&document.fd, "/R/I[2]", nullptr);
+    EXPECT_EQ(values(), "R I V 32 V 33 ");
+    kh_tree_add_previous_sibling(&document.fd, "/R/I[1]", "I", nullptr);
+    EXPECT_EQ(values(), "R I V 31 V 32 ");
+    kh_tree_set_string_node_value(&document.fd, "/R/I[31]/V", "77", "%s", nullptr);
+    EXPECT_EQ(values(), "R I V 77 V 32 ");
+}
+
+TEST(PathsInTurn, BuildAListAsOneByOne)
+{
+    Document built("<R><L/></R>");
+    for (int i = 1; i <= 120; ++i) {
+        const std::string item = "/R/L/I[" + std::to_string(i) + "]";
+        const long number = i;
+        kh_tree_add_child(&built.fd, "/R/L", "I", &built.status);
+        ASSERT_EQ(built.status, 0) << item;
+        for (const char* name : {"V", "W", "X", "Y"}) {
+            kh_tree_add_child(&built.fd, item.c_str(), name, &built.status);
+            ASSERT_EQ(built.status, 0) << item;
+            kh_tree_set_integer_node_value(&built.fd, (item + "/" + name).c_str(), &number, "%ld",
+                                           &built.status);
+            ASSERT_EQ(built.status, 0) << item;
+            EXPECT_STREQ(built.slot()->requested_tag, name);
+            EXPECT_EQ(built.slot()->stack_count, 4);
+            EXPECT_EQ(built.slot()->stack_index[2], i - 1);
+        }
+    }
+    const std::vector<xmlNode*> items = children(built.root()->children, "I");
+    ASSERT_EQ(items.size(), 120u);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (const char* name : {"V", "W", "X", "Y"}) {
+            const std::vector<xmlNode*> values = children(items[i], name);
+            ASSERT_EQ(values.size(), 1u);
+            EXPECT_EQ(reinterpret_cast<const char*>(values[0]->children->content), std::to_string(i + 1));
+        }
+    }
+}
+
 TEST(RepeatedPath, FollowsANewRoot)
 {
     Document document("<R><A/></R>");
