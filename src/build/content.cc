@@ -4,8 +4,10 @@
 #include "build/validity.h"
 
 #include <charconv>
+#include <cstring>
 #include <libxml/entities.h>
 #include <string>
+#include <string_view>
 
 namespace kh {
 
@@ -97,13 +99,29 @@ private:
 
 } // namespace
 
-bool set_element_content(xmlNode* element, std::string_view text)
+bool set_element_content(xmlNode* element, const char* text)
 {
+    if (!std::strchr(text, '&'))
+        return set_literal_content(element, text);
     const NodeCall call;
     ContentBuilder builder(element->doc);
     if (!builder.build(text) || call.out_of_memory())
         return false;
     builder.nodes().replace_children_of(element);
+    return true;
+}
+
+bool set_literal_content(xmlNode* element, const char* text) noexcept
+{
+    const NodeCall call;
+    NodeList nodes;
+    if (*text) {
+        XmlNode node(xmlNewDocText(element->doc, to_xml(text)));
+        if (!node || !node->content || call.out_of_memory())
+            return false;
+        nodes.add(std::move(node));
+    }
+    nodes.replace_children_of(element);
     return true;
 }
 

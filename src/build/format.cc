@@ -20,10 +20,24 @@ constexpr Rule rules[] = {
     {"aAeEfFgG", Conversion::real, {"", "l"}},
 };
 
-/// Takes the characters off the front that belong to a set.
-std::string_view take(std::string_view& format, std::string_view set) noexcept
+/// One of a few characters.
+template <char... characters>
+bool is_one_of(char c) noexcept
 {
-    const std::size_t length = std::min(format.find_first_not_of(set), format.size());
+    return ((c == characters) || ...);
+}
+bool is_digit(char c) noexcept
+{
+    return c >= '0' && c <= '9';
+}
+
+/// Takes the characters off the front that are of a kind.
+template <class Kind>
+std::string_view take(std::string_view& format, Kind is_of_the_kind) noexcept
+{
+    std::size_t length = 0;
+    while (length < format.size() && is_of_the_kind(format[length]))
+        ++length;
     const std::string_view taken = format.substr(0, length);
     format.remove_prefix(length);
     return taken;
@@ -32,14 +46,13 @@ std::string_view take(std::string_view& format, std::string_view set) noexcept
 /// Takes one conversion off a format, behind its "%".
 Conversion take_conversion(std::string_view& format) noexcept
 {
-    constexpr std::string_view digits = "0123456789";
-    take(format, "-+ #0'");
-    take(format, digits);
+    take(format, is_one_of<'-', '+', ' ', '#', '0', '\''>);
+    take(format, is_digit);
     if (format.substr(0, 1) == ".") {
         format.remove_prefix(1);
-        take(format, digits);
+        take(format, is_digit);
     }
-    const std::string_view length = take(format, "hljzt");
+    const std::string_view length = take(format, is_one_of<'h', 'l', 'j', 'z', 't'>);
     if (format.empty())
         return Conversion::invalid;
     const char letter = format[0];

@@ -53,6 +53,11 @@ constexpr AsciiTable ascii;
 
 constexpr unsigned long no_character = ~0UL;
 
+bool is_printable(char c) noexcept
+{
+    return c >= ' ' && c <= '~';
+}
+
 bool is_name_start(unsigned long code_point) noexcept
 {
     return code_point < 0x80 ? ascii.starts_name[code_point] : is_in(name_starts, code_point);
@@ -138,11 +143,14 @@ bool is_xml_character(unsigned long code_point) noexcept
 
 bool is_xml_text(std::string_view text) noexcept
 {
-    while (!text.empty()) {
+    for (;;) {
+        while (!text.empty() && is_printable(text[0])) // most are
+            text.remove_prefix(1);
+        if (text.empty())
+            return true;
         if (!is_xml_character(take_character(text)))
             return false;
     }
-    return true;
 }
 
 bool is_xml_name(std::string_view text) noexcept

@@ -2,16 +2,18 @@
 #include "build/attribute.h"
 #include "build/content.h"
 #include "build/format.h"
-#include "build/node_list.h"
 #include "build/validity.h"
 #include "frame/locale.h"
 #include "tree/document.h"
 #include "tree/path.h"
 
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <kalv/build.h>
 #include <kalv/path.h>
+#include <limits>
+#include <string_view>
 
 namespace kh {
 
@@ -22,16 +24,42 @@ struct Printed {
     char text[511];
     int length; ///< of the whole value; below 0 where it could not be printed
 
-    Printed(const char* format, va_list value) noexcept
+    Printed(const char* format, va_list value) noexcept : length(print(format, value))
     {
-        const CLocale c_locale;
-        length = std::vsnprintf(text, sizeof text, format, value);
         if (length >= static_cast<int>(sizeof text))
             text[length_of_whole_characters({text, sizeof text - 1})] = '\0';
     }
 
     /// 511 characters are cut to 510 without a warning: callers rely on this bound.
     bool warns() const noexcept { return length > static_cast<int>(sizeof text); }
+
+private:
+    int print(const char* format, va_list value) noexcept
+    {
+        // The formats of most values need neither a locale nor the printing functions.
+        const std::string_view plain = format;
+        if (plain == "%s")
+            return print(std::string_view(va_arg(value, const char*)));
+        if (plain == "%d")
+            return print(va_arg(value, int));
+        if (plain == "%ld")
+            return print(va_arg(value, long));
+        const CLocale c_locale;
+        return std::vsnprintf(text, sizeof text, format, value);
+    }
+    int print(std::string_view value) noexcept
+    {
+        if (value.size() > std::numeric_limits<int>::max())
+            return -1;
+        text[value.copy(text, sizeof text - 1)] = '\0';
+        return static_cast<int>(value.size());
+    }
+    int print(long number) noexcept
+    {
+        char* const end = std::to_chars(text, text + sizeof text, number).ptr;
+        *end = '\0';
+        return static_cast<int>(end - text);
+    }
 };
 
 bool can_be_set(const xmlNode* node) noexcept
@@ -89,20 +117,6 @@ bool is_leaf(const xmlNode* node) noexcept
 {
     const xmlNode* child = first_child(node);
     return !child || (!child->next && child->type == XML_TEXT_NODE);
-}
-
-/// Replaces all children of an element by a text in which nothing is a reference.
-bool set_literal_content(xmlNode* element, const char* text) noexcept
-{
-    const NodeCall call;
-    NodeList nodes;
-    XmlNode node(*text ? xmlNewDocText(element->doc, to_xml(text)) : nullptr);
-    if (*text && (!node || !node->content || call.out_of_memory()))
-        return false;
-    if (node)
-        nodes.add(std::move(node));
-    nodes.replace_children_of(element);
-    return true;
 }
 
 /// Sets the value of what the last path leads to; `set_content` is for elements. May throw std::bad_alloc.

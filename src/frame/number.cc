@@ -49,12 +49,16 @@ Parsed<long> parse_long_integer(const char* digit, bool negative) noexcept
 
 Parsed<long> parse_integer(const char* text) noexcept
 {
-    const char* digit = skip_spaces(text);
-    const bool negative = *digit == '-';
-    if (negative || *digit == '+')
-        ++digit;
-    if (!is_digit(*digit))
-        return {0, false};
+    const char* digit = text;
+    bool negative = false;
+    if (!is_digit(*digit)) { // few numbers are signed, or behind spaces
+        digit = skip_spaces(text);
+        negative = *digit == '-';
+        if (negative || *digit == '+')
+            ++digit;
+        if (!is_digit(*digit))
+            return {0, false};
+    }
     // No overflow is possible within eighteen digits, and few numbers have more.
     const char* const first = digit;
     unsigned long magnitude = 0;

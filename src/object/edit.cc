@@ -13,9 +13,13 @@ namespace {
 /// Sets a value, printed with the caller's format, or with the type's own where that is empty.
 template <class Function, class Value>
 void set_value(Function set, long* fd, const std::string& path, const Value& value, const std::string& format,
-               const std::string& default_format)
+               const char* default_format)
 {
-    call("XmlFile::setValue", set, fd, path, value, format.empty() ? default_format : format);
+    constexpr const char* method = "XmlFile::setValue";
+    if (format.empty())
+        call(method, set, fd, path, value, default_format);
+    else
+        call(method, set, fd, path, value, format);
 }
 
 } // namespace

@@ -65,7 +65,7 @@ private:
 /// Stores the number of a text. False, and nothing stored, where there is no text, or none that converts without a
 /// report.
 template <class Number>
-bool take_number(const char* text, Number* value) noexcept
+[[gnu::always_inline]] inline bool take_number(const char* text, Number* value) noexcept
 {
     if (!text)
         return false;

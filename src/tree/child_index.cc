@@ -43,13 +43,6 @@ void ChildIndex::List::extend(std::size_t size)
     }
 }
 
-xmlNode* ChildIndex::List::at(std::size_t index)
-{
-    if (index >= nodes_.size())
-        extend(index + 1);
-    return index < nodes_.size() ? nodes_[index] : nullptr;
-}
-
 const std::vector<xmlNode*>& ChildIndex::List::all()
 {
     extend(std::numeric_limits<std::size_t>::max());
@@ -86,6 +79,7 @@ ChildIndex::List& ChildIndex::list(const xmlNode* parent, const char* name)
     List fresh;
     fresh.name_ = name;
     fresh.parent_ = parent;
+    fresh.number_ = ++made_;
     fresh.used_ = uses_;
     *oldest = std::move(fresh);
     return *(last_used_ = oldest);

@@ -21,7 +21,16 @@ public:
     class List {
     public:
         /// The child with a 0-based index; null when there are fewer. May throw std::bad_alloc.
-        xmlNode* at(std::size_t index);
+        xmlNode* at(std::size_t index)
+        {
+            if (index >= nodes_.size())
+                extend(index + 1);
+            return index < nodes_.size() ? nodes_[index] : nullptr;
+        }
+        /// The parent; null for a list that was dropped.
+        const xmlNode* parent() const noexcept { return parent_; }
+        /// Another number for each list that is made; 0 for one that was dropped.
+        unsigned long number() const noexcept { return number_; }
         /// All of them. May throw std::bad_alloc.
         const std::vector<xmlNode*>& all();
         /// The 0-based index of one of them; their number for any other node. May throw std::bad_alloc.
@@ -41,6 +50,7 @@ public:
         const xmlNode* scanned_ = nullptr; ///< the last element child that was looked at
         std::unordered_map<const xmlNode*, std::size_t> positions_;
         std::size_t last_position_ = 0;
+        unsigned long number_ = 0;
         unsigned long used_ = 0;
     };
 
@@ -62,6 +72,7 @@ private:
 
     std::array<List, 8> lists_;
     List* last_used_ = lists_.data();
+    unsigned long made_ = 0;
     unsigned long uses_ = 0;
 };
 

@@ -36,9 +36,7 @@ bool KnownPath::take_index(std::string_view other) noexcept
     if (own_length == 0 || length == 0 || own.substr(start + own_length) != other.substr(start + length) ||
         !replace_index(other, segment, length, number))
         return false;
-    in_a_loop = absolute && segment > 0 && !has_step_up();
-    loop_segment = segment;
-    loop_generation = 0;
+    loop_along(segment);
     return true;
 }
 
@@ -63,15 +61,22 @@ void KnownPath::begin_like(const KnownPath& other, long shared) noexcept
     array_position = -1;
     walked_count = std::min(other.walked_count, shared);
     numbered_for = 0;
-    in_a_loop = false;
-    loop_segment = 0;
-    loop_generation = 0;
+    is_plain = false;
+    loop_along(0);
 }
 
 void KnownPath::forget() noexcept
 {
     text.clear();
     begin_like(*this, 0);
+}
+
+void KnownPath::loop_along(long segment) noexcept
+{
+    in_a_loop = is_plain && segment > 0;
+    loop_segment = segment;
+    loop_list = nullptr;
+    loop_generation = 0;
 }
 
 bool KnownPath::has_step_up() const noexcept

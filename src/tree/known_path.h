@@ -5,6 +5,7 @@
 
 #include "frame/compare.h"
 #include "frame/memory.h"
+#include "tree/child_index.h"
 #include "tree/element_index.h"
 
 #include <kalv/document.h>
@@ -63,10 +64,15 @@ struct KnownPath {
     ElementIndex::Name numbers[KH_MAX_PATH_NODES];
     unsigned long numbered_for = 0;
 
-    /// True when the path, from the root, came to differ in one index alone, as in a loop over a list. Not where a
-    /// step up, which is taken anew each time, or the root is concerned.
+    /// True for a path from the root without "[*]" and steps up, which are taken anew each time, and may report.
+    bool is_plain = false;
+    /// True when the path, which is plain, came to differ in one index alone behind the root, as in a loop over a list.
     bool in_a_loop = false;
     long loop_segment = 0; ///< the one with that index
+    /// The list of children that the loop goes along, and its number, once a turn was found there.
+    ChildIndex::List* loop_list = nullptr;
+    unsigned long loop_list_number = 0;
+    FetchAhead ahead; ///< along that list
     /// Where the index has the parent of the list, and which index that is, once a turn of the loop was found there.
     ElementIndex::Position loop_parent = ElementIndex::none;
     unsigned long loop_generation = 0;
@@ -93,6 +99,9 @@ struct KnownPath {
     /// Becomes a path that begins with segments of another, which may be this one.
     void begin_like(const KnownPath& other, long shared) noexcept;
 
+    /// Its segments are complete.
+    void completed() noexcept { is_plain = absolute && array_position == -1 && !has_step_up(); }
+
     bool is_step_up(long segment) const noexcept
     {
         const char* name = segments[segment].name;
@@ -103,6 +112,7 @@ struct KnownPath {
     void forget() noexcept;
 
 private:
+    void loop_along(long segment) noexcept;
     bool has_step_up() const noexcept;
     long segment_with_index_at(std::size_t place) const noexcept;
     bool replace_index(std::string_view other, long segment, std::size_t length, long number) noexcept;

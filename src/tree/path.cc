@@ -228,6 +228,7 @@ long chop(Document& document, const char* text, Operation& op) noexcept
         return op.fail(KH_ERR_MEMORY);
     }
     chopping.name_segments(names, length + 1);
+    path.completed();
     put_onto_stack(document, path);
     return request(document, op);
 }
@@ -347,31 +348,108 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     return node;
 }
 
-/// The same for another turn of a loop, which mostly takes a look into the index, or two.
-inline xmlNode* walk_next_turn(long* fd, Document& document, const KnownPath& path, long end) noexcept
+/// The child element of a name with a 0-based index; null if there is none.
+xmlNode* near_child(const xmlNode* node, const char* name, long index, const FetchAhead& ahead) noexcept
+{
+    for (xmlNode* child = first_child(node); child; child = child->next) {
+        ahead.fetch_node(child);
+        if (is_element_named(child, name) && index-- == 0)
+            return child;
+    }
+    return nullptr;
+}
+
+/// The list of children that a loop goes along, whose parent the walk has reached. May throw std::bad_alloc.
+ChildIndex::List& loop_list(Document& document, KnownPath& path)
+{
+    const xmlNode* parent = path.walked[path.loop_segment - 1].node;
+    if (!path.loop_list || path.loop_list->number() != path.loop_list_number ||
+        path.loop_list->parent() != parent) {
+        path.loop_list = &document.child_index.list(parent, path.segments[path.loop_segment].name);
+        path.loop_list_number = path.loop_list->number();
+    }
+    return *path.loop_list;
+}
+
+/// What another turn of a loop leads to, by the list of children that it goes along; null for what takes more than
+/// that. The cursor stays where that is null.
+xmlNode* find_in_list(Document& document, KnownPath& path, long end) noexcept
+{
+    const long segment = path.loop_segment;
+    if (!path.in_a_loop || path.walked_count != segment || segment >= end ||
+        document.element_index.stands(document.root))
+        return nullptr;
+    try {
+        xmlNode* node = loop_list(document, path).at(static_cast<std::size_t>(path.segments[segment].index));
+        if (node) {
+            path.ahead.reached(node);
+            path.ahead.fetch_node(node);
+        }
+        for (long i = segment + 1; node && i < end; ++i)
+            node = near_child(node, path.segments[i].name, path.segments[i].index, path.ahead);
+        if (!node)
+            return nullptr;
+        path.ahead.fetch_node(first_child(node));
+        document.element_index.walked(static_cast<std::size_t>(end - segment));
+        return document.current = node;
+    } catch (const std::bad_alloc&) {
+        return nullptr; // the walk needs no memory
+    }
+}
+
+/// Walks along a plain path, which has nothing to report.
+[[gnu::noinline]] xmlNode* walk_silently(long* fd, Document& document, KnownPath& path, long end) noexcept
+{
+    if (xmlNode* node = find_in_list(document, path, end))
+        return node;
+    Operation op("kh_tree_go_to_stack_node", nullptr);
+    return walk_from_root(fd, document, end, op);
+}
+
+/// The same where another turn of a loop mostly takes a look into the index, or two.
+[[gnu::always_inline]] inline xmlNode* walk_plain_path(long* fd, Document& document, KnownPath& path,
+                                                       long end) noexcept
 {
     ElementIndex& index = document.element_index;
     ElementIndex::Position found = ElementIndex::none;
     if (path.loop_generation != 0 && path.loop_generation == index.generation())
         found = follow_in_index(index, path.loop_parent, path, path.loop_segment, end);
-    if (found == ElementIndex::none) {
-        Operation op("kh_tree_go_to_stack_node", nullptr); // reports nothing: no step of a loop leads up
-        return walk_from_root(fd, document, end, op);
-    }
+    if (found == ElementIndex::none)
+        return walk_silently(fd, document, path, end);
     index.found(found);
-    return index.node_at(found);
+    return document.current = index.node_at(found);
 }
 
-/// True for a text that is a known path, or the next turn of its loop, which the path then becomes. Its walk has begun.
-inline bool is_known(KnownPath& path, std::string_view text) noexcept
+/// True for a text that is a known path, or the next turn of its loop, which the path then becomes, and which is plain.
+[[gnu::always_inline]] inline bool is_known(KnownPath& path, std::string_view text) noexcept
 {
-    return path.walked_count > 0 && ((path.in_a_loop && path.take_next_turn(text)) || path.is_path(text));
+    return path.is_plain && ((path.in_a_loop && path.take_next_turn(text)) || path.is_path(text));
 }
 
 /// Puts a path onto the stack that is known, while another is there; null if there is none.
 [[gnu::noinline]] KnownPath* put_other_path(Document& document, std::string_view text) noexcept
 {
     return put_known_path(document, [&](KnownPath& path) { return is_known(path, text); });
+}
+
+/// Puts a path onto the stack that is known and plain, and whose last name can be requested; null for all else, and where
+/// there is no root to walk from.
+[[gnu::always_inline]] inline KnownPath* put_plain_path(Document& document, std::string_view text) noexcept
+{
+    if (!accelerated || !document.root)
+        return nullptr;
+    KnownPath* path = document.path_on_stack;
+    if (path && is_known(*path, text))
+        document.stack_index[path->loop_segment] = path->segments[path->loop_segment].index;
+    else
+        path = put_other_path(document, text);
+    return path && request_last(document) && document.tag_is_from_path ? path : nullptr;
+}
+
+/// True where a walk along a path can begin, or has begun: at a root of that name.
+inline bool has_its_root(const Document& document, const KnownPath& path) noexcept
+{
+    return path.walked_count > 0 || is_named(document.root, path.segments[0].name);
 }
 
 /// True where all siblings of a node are few.
@@ -451,28 +529,30 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept
 {
-    KnownPath* known = document.path_on_stack;
-    if (known && is_known(*known, path))
-        document.stack_index[known->loop_segment] = known->segments[known->loop_segment].index;
-    else
-        known = put_other_path(document, path);
-    if (!known)
-        return nullptr;
-    if (!request_last(document) || !document.tag_is_from_path)
+    KnownPath* known = put_plain_path(document, path);
+    if (!known || known->walked_count == 0)
         return nullptr;
     const long end = walk_end(document);
-    xmlNode* node = nullptr;
     if (known->walked_count >= end)
-        node = known->walked[end - 1].node;
-    else if (known->in_a_loop)
-        node = walk_next_turn(fd, document, *known, end);
-    return node ? document.current = node : nullptr;
+        return document.current = known->walked[end - 1].node;
+    return known->in_a_loop ? walk_plain_path(fd, document, *known, end) : nullptr;
+}
+
+std::optional<xmlNode*> follow_known_path(long* fd, Document& document, std::string_view path) noexcept
+{
+    KnownPath* known = put_plain_path(document, path);
+    if (!known || !has_its_root(document, *known))
+        return std::nullopt;
+    const long end = walk_end(document);
+    if (known->walked_count >= end)
+        return document.current = known->walked[end - 1].node;
+    return walk_plain_path(fd, document, *known, end);
 }
 
 Document* go_to_path(Operation& op, long* fd, const char* path) noexcept
 {
     Document* document = path ? find_document(fd) : nullptr;
-    if (document && go_to_known_node(fd, *document, path))
+    if (document && follow_known_path(fd, *document, path).value_or(nullptr))
         return document;
     kh_tree_go_to_path_node(fd, path, op.error_vector());
     if (!op.failed())
@@ -517,7 +597,6 @@ long get_path(const long* fd, const char** path, long* ierr) noexcept
 } // namespace kh
 
 using kh::Document;
-using kh::go_to_known_node;
 using kh::KeepStatus;
 using kh::Operation;
 
@@ -543,8 +622,8 @@ long kh_tree_go_to_path_node(long* fd, const char* path, long* ierr)
         return op.status();
     if (!path)
         return op.null_argument();
-    if (go_to_known_node(fd, *document, path))
-        return op.status();
+    if (const auto node = follow_known_path(fd, *document, path))
+        return *node ? op.status() : op.fail(KH_ERR_NOT_FOUND, ". Path: %s", path);
     chop_path(*document, path, op.error_vector());
     if (op.failed())
         return op.pass_on();

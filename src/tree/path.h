@@ -4,6 +4,8 @@
 
 #include "tree/cursor.h"
 
+#include <optional>
+
 namespace kh {
 
 /// The name of the attribute that the last path ends with, without its "@".
@@ -23,6 +25,11 @@ inline bool has_array_node(const Document& document) noexcept
 /// go_to_stack_node(). Null where it has to be, or where there is no such node: then these two are to be called, and
 /// report.
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept;
+
+/// Moves the cursor along a path that need not be taken apart, though it may have to be walked. All is then as after
+/// kh_tree_go_to_path_node(); null where the path leads nowhere. Nothing for a path that has to be taken apart, or that
+/// has something to report.
+std::optional<xmlNode*> follow_known_path(long* fd, Document& document, std::string_view path) noexcept;
 
 /// Moves the cursor along a path for another call, in whose status word kh_tree_go_to_path_node() reports. \return the
 /// document; null, with the trace line of that call, where the path leads nowhere

@@ -353,6 +353,19 @@ TEST(RepeatedPath, FollowsANewRoot)
     EXPECT_EQ(document.current_name(), "A");
 }
 
+TEST(RepeatedPath, LeavesTheStackWhereThereIsNoRoot)
+{
+    Document document("<R><A><B>1</B></A></R>");
+    for (const char* path : {"/R/A/B", "/R"})
+        document.go_to(path);
+    kh_tree_remove_node(&document.fd, "/R", nullptr);
+    long value = 0;
+    EXPECT_EQ(kh_tree_path_read_integer_node_value(&document.fd, "/R/A/B", &value, nullptr), KH_ERR_NO_ROOT);
+    EXPECT_EQ(kh_tree_go_to_path_node(&document.fd, "/R/A/B", nullptr), KH_ERR_NO_ROOT);
+    EXPECT_EQ(document.slot()->stack_count, 1);
+    EXPECT_STREQ(document.slot()->requested_tag, "R");
+}
+
 TEST(RepeatedPath, SetsRequestAndCountAnew)
 {
     Document document("<R><A><B/><B/></A></R>");
