@@ -60,7 +60,7 @@ bool Mapping::resize(std::size_t size) noexcept
 void ElementIndex::drop() noexcept
 {
     walked_ = 0;
-    worthwhile_ = few;
+    worthwhile_ = expected_;
     if (elements_.capacity() == 0)
         return;
     count_ = 0;
@@ -120,6 +120,7 @@ bool ElementIndex::make(xmlNode* root) noexcept
     try {
         if (root && note_all(root, std::min<std::size_t>(walked, none))) {
             ++generation_;
+            expect(count_);
             return true;
         }
     } catch (const std::bad_alloc&) {

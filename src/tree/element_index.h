@@ -5,6 +5,7 @@
 #include "tree/accelerated.h"
 #include "tree/xml.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -54,6 +55,9 @@ public:
     using Position = std::uint32_t; ///< of an element in the document; the root is at 0
     using Name = std::uint32_t;     ///< the number of a name
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+    /// How many elements there may be, so that no attempt at the index is made too early.
+    void expect(std::size_t elements) noexcept { worthwhile_ = expected_ = std::max(elements, few); }
 
     /// A walk that the index would have saved has looked at some elements.
     void walked(std::size_t elements) noexcept { walked_ += accelerated ? elements : 0; }
@@ -147,6 +151,7 @@ private:
     std::size_t walked_ = 0;
     static constexpr std::size_t few = 256;
     static constexpr std::size_t near = 8; ///< children that need no list
+    std::size_t expected_ = few;
     std::size_t worthwhile_ = few;
 };
 

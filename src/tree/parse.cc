@@ -284,6 +284,17 @@ xmlEntity* find_parameter_entity(void* context, const xmlChar* name)
     return entity;
 }
 
+/// Counts elements, for the index that may be made of them.
+void start_element(void* context, const xmlChar* local_name, const xmlChar* prefix, const xmlChar* uri,
+                   int namespace_count, const xmlChar** namespaces, int attribute_count, int defaulted_count,
+                   const xmlChar** attributes)
+{
+    if (void* outcome = static_cast<xmlParserCtxt*>(context)->_private) // an entity may have a parser of its own
+        ++static_cast<ParseOutcome*>(outcome)->elements;
+    xmlSAX2StartElementNs(context, local_name, prefix, uri, namespace_count, namespaces, attribute_count,
+                          defaulted_count, attributes);
+}
+
 struct FreeParser {
     void operator()(xmlParserCtxt* parser) const noexcept
     {
@@ -299,7 +310,7 @@ struct FreeParser {
 using Parser = std::unique_ptr<xmlParserCtxt, FreeParser>;
 
 /// A parser with libxml2's defaults, whatever the host program made of them.
-Parser new_parser() noexcept
+Parser new_parser(ParseOutcome& outcome) noexcept
 {
     Parser parser(xmlNewParserCtxt());
     if (parser) {
@@ -308,6 +319,8 @@ Parser new_parser() noexcept
             parser->dict = dictionary.release();
         }
         xmlSAXVersion(parser->sax, 2);
+        parser->_private = &outcome;
+        parser->sax->startElementNs = start_element;
         parser->sax->entityDecl = declare_entity;
         parser->sax->getParameterEntity = find_parameter_entity;
         parser->options = 0;
@@ -352,27 +365,27 @@ bool attach(xmlParserCtxt* parser, Input& source, const char* file_name) noexcep
 
 /// Keeps what kept the bytes from coming, or where in them the first error was met.
 void describe(const Input& input, const ParserCall& call, const char* file_name,
-              ParseProblem& problem) noexcept
+              ParseOutcome& outcome) noexcept
 {
     const char* name = file_name ? file_name : "memory";
     if (input.failed())
-        std::snprintf(problem.text, sizeof problem.text, "%s: %s", name, input.problem());
+        std::snprintf(outcome.problem, sizeof outcome.problem, "%s: %s", name, input.problem());
     else if (*call.fatal_message())
-        std::snprintf(problem.text, sizeof problem.text, "%s:%s", name, call.fatal_message());
+        std::snprintf(outcome.problem, sizeof outcome.problem, "%s:%s", name, call.fatal_message());
     else
-        std::snprintf(problem.text, sizeof problem.text, "%s: out of memory", name);
+        std::snprintf(outcome.problem, sizeof outcome.problem, "%s: out of memory", name);
 }
 
 /// Parses an input; the file name, which may be null, stands in messages and in the document.
-XmlDocument parse(Input& input, const ParserCall& call, const char* file_name, ParseProblem& problem) noexcept
+XmlDocument parse(Input& input, const ParserCall& call, const char* file_name, ParseOutcome& outcome) noexcept
 {
-    const Parser parser = new_parser();
+    const Parser parser = new_parser(outcome);
     const bool attached = !input.failed() && parser && attach(parser.get(), input, file_name);
     if (attached)
         xmlParseDocument(parser.get());
     if (!attached || !parser->wellFormed || input.failed() || call.out_of_memory() ||
         parser->errNo == XML_ERR_NO_MEMORY) {
-        describe(input, call, file_name, problem);
+        describe(input, call, file_name, outcome);
         return nullptr;
     }
     XmlDocument document(parser->myDoc);
@@ -386,24 +399,24 @@ XmlDocument parse(Input& input, const ParserCall& call, const char* file_name, P
 
 } // namespace
 
-XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept
+XmlDocument parse_file(const char* file_name, ParseOutcome& outcome) noexcept
 {
     const Descriptor file(file_name);
     if (!file.is_open()) {
-        std::snprintf(problem.text, sizeof problem.text, "%s: %s", file_name, strerrordesc_np(errno));
+        std::snprintf(outcome.problem, sizeof outcome.problem, "%s: %s", file_name, strerrordesc_np(errno));
         KH_handle_xml_error(nullptr, "I/O warning : failed to load external entity \"%s\"\n", file_name);
         return nullptr;
     }
     ParserCall call;
     Input input(file, call);
-    return parse(input, call, file_name, problem);
+    return parse(input, call, file_name, outcome);
 }
 
-XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept
+XmlDocument parse_memory(std::string_view bytes, ParseOutcome& outcome) noexcept
 {
     ParserCall call;
     Input input(bytes, call);
-    return parse(input, call, nullptr, problem);
+    return parse(input, call, nullptr, outcome);
 }
 
 void free_parsed(XmlDocument document) noexcept

@@ -8,16 +8,19 @@
 
 namespace kh {
 
-/// What was wrong with an input, as "FILE:LINE:COLUMN: MESSAGE", or shorter where less is known.
-struct ParseProblem {
-    char text[512] = "";
+/// What a parse tells beside the tree.
+struct ParseOutcome {
+    /// What was wrong with the input, as "FILE:LINE:COLUMN: MESSAGE", or shorter where less is known.
+    char problem[512] = "";
+    /// How many elements were met.
+    std::size_t elements = 0;
 };
 
 /// Parses a file; null when it cannot be read or is not well-formed. "-" is standard input.
-XmlDocument parse_file(const char* file_name, ParseProblem& problem) noexcept;
+XmlDocument parse_file(const char* file_name, ParseOutcome& outcome) noexcept;
 
 /// Parses the bytes of a file that stand in memory.
-XmlDocument parse_memory(std::string_view bytes, ParseProblem& problem) noexcept;
+XmlDocument parse_memory(std::string_view bytes, ParseOutcome& outcome) noexcept;
 
 /// Frees a document, and may keep its dictionary for the next one to be parsed: that one mostly has the same names.
 void free_parsed(XmlDocument document) noexcept;

@@ -144,7 +144,7 @@ struct File {
     const char* name;
 
     bool is_missing() const noexcept { return !name; }
-    XmlDocument parse(ParseProblem& problem) const noexcept { return parse_file(name, problem); }
+    XmlDocument parse(ParseOutcome& outcome) const noexcept { return parse_file(name, outcome); }
     bool keep_name(Document& document) const noexcept
     {
         document.file_name = copy_of_file_name(name);
@@ -159,9 +159,9 @@ struct Memory {
     long size;
 
     bool is_missing() const noexcept { return !data || size < 0; }
-    XmlDocument parse(ParseProblem& problem) const noexcept
+    XmlDocument parse(ParseOutcome& outcome) const noexcept
     {
-        return parse_memory({data, static_cast<std::size_t>(size)}, problem);
+        return parse_memory({data, static_cast<std::size_t>(size)}, outcome);
     }
     static bool keep_name(Document&) noexcept { return true; }
     static long fail(Operation& op, long code) noexcept { return op.fail(code); }
@@ -175,15 +175,16 @@ void fill(Document& document, const Source& source, Operation& op) noexcept
         op.fail(KH_ERR_MEMORY);
         return;
     }
-    ParseProblem problem;
-    document.doc = source.parse(problem).release();
+    ParseOutcome outcome;
+    document.doc = source.parse(outcome).release();
     if (!document.doc) {
         source.fail(op, KH_ERR_PARSE);
-        op.explain(problem.text);
+        op.explain(outcome.problem);
         return;
     }
     document.root = xmlDocGetRootElement(document.doc);
     document.current = document.root;
+    document.element_index.expect(outcome.elements);
     if (!document.root)
         source.fail(op, KH_ERR_ROOT_ELEMENT);
 }
