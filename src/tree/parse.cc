@@ -232,21 +232,29 @@ public:
             keep(nullptr);
     }
 
-    XmlDictionary take() noexcept { return XmlDictionary(kept_.exchange(nullptr)); }
+    XmlDictionary take() noexcept { return owned(kept_.exchange(nullptr)); }
     /// Keeps a small one.
     void keep(XmlDictionary dictionary) noexcept
     {
         constexpr int few = 5000; // names from all the documents that it has served
-        if (dictionary &&
-            (xmlDictSize(dictionary.get()) > few || xmlDictGetUsage(dictionary.get()) > most_bytes))
-            return;
-        XmlDictionary(kept_.exchange(dictionary.release()));
+        const bool is_small = !dictionary || (xmlDictSize(dictionary.get()) <= few &&
+                                              xmlDictGetUsage(dictionary.get()) <= most_bytes);
+        if (is_small && has_standard_memory())
+            owned(kept_.exchange(dictionary.release()));
     }
     void leave() noexcept { is_left_ = true; }
 
     static constexpr std::size_t most_bytes = 256U << 10;
 
 private:
+    /// A host program may give libxml2 other functions for memory, also after the last document was closed.
+    static bool has_standard_memory() noexcept { return xmlFree == static_cast<xmlFreeFunc>(std::free); }
+    /// What was kept came from the standard ones. Where there are others now, it is left as it is.
+    static XmlDictionary owned(xmlDict* kept) noexcept
+    {
+        return XmlDictionary(has_standard_memory() ? kept : nullptr);
+    }
+
     std::atomic<xmlDict*> kept_{nullptr};
     bool is_left_ = false;
 };
@@ -427,11 +435,6 @@ void free_parsed(XmlDocument document) noexcept
     document.reset();
     if (dictionary)
         spare_dictionary.keep(std::move(dictionary));
-}
-
-void free_spare_dictionary() noexcept
-{
-    spare_dictionary.keep(nullptr);
 }
 
 void leave_spare_dictionary() noexcept

@@ -25,9 +25,6 @@ XmlDocument parse_memory(std::string_view bytes, ParseOutcome& outcome) noexcept
 /// Frees a document, and may keep its dictionary for the next one to be parsed: that one mostly has the same names.
 void free_parsed(XmlDocument document) noexcept;
 
-/// Frees the dictionary that was kept.
-void free_spare_dictionary() noexcept;
-
 /// The one that is kept stays when the process ends: in a forked child, freeing it could wait for ever for a lock of
 /// libxml2's that another thread held.
 void leave_spare_dictionary() noexcept;

@@ -94,10 +94,8 @@ void release(Operation& op, long fd, const Document* opened = nullptr) noexcept
     document.reset();
     free_parsed(std::move(tree));
     // With other threads about, the clean-up would pull libxml2 from under whoever is using it.
-    if (last && __libc_single_threaded) {
-        free_spare_dictionary();
+    if (last && __libc_single_threaded)
         xmlCleanupParser();
-    }
 }
 
 /// Gives up a slot whose opening failed. The caller's status tells why it failed, so this one is not told.

@@ -797,7 +797,47 @@ TEST_F(Table, KeepsNoSlotInAChildForAFileThatTheParentOpens)
     EXPECT_EQ(slow.status, 0);
 }
 
-// The dictionary of a closed document is kept for the next one.
+/// Memory functions that know their blocks.
+struct OwnMemory {
+    static inline std::set<void*> blocks;
+    static inline int foreign = 0; ///< blocks of others that they were given
+
+    static void* take(void* block)
+    {
+        blocks.insert(block);
+        return block;
+    }
+    static void* give_up(void* block)
+    {
+        foreign += block && blocks.erase(block) == 0;
+        return block;
+    }
+    static void* allocate(std::size_t size) { return take(std::malloc(size)); }
+    static void* reallocate(void* block, std::size_t size)
+    {
+        return take(std::realloc(give_up(block), size));
+    }
+    static char* copy(const char* text) { return static_cast<char*>(take(strdup(text))); }
+    static void release(void* block) { std::free(give_up(block)); }
+};
+
+// The dictionary of a closed document is kept for the next one, unless libxml2's memory comes from elsewhere then.
+TEST_F(Table, LetsTheHostChangeTheMemoryFunctionsOnceAllIsClosed)
+{
+    if (!__libc_single_threaded)
+        GTEST_SKIP() << "nothing is shut down while there are threads";
+    release(open("<R/>"));
+    ASSERT_EQ(xmlMemSetup(OwnMemory::release, OwnMemory::allocate, OwnMemory::reallocate, OwnMemory::copy),
+              0);
+    const long one = open("<R/>"), other = open("<R/>");
+    release(one);
+    release(other);
+    EXPECT_EQ(OwnMemory::foreign, 0);
+    EXPECT_TRUE(OwnMemory::blocks.empty());
+    ASSERT_EQ(xmlMemSetup(std::free, std::malloc, std::realloc, strdup), 0);
+    release(open("<R/>"));
+}
+
 TEST_F(Table, LetsAChildEndWhileThreadsOfTheParentUseTheParser)
 {
     open("<R/>");
