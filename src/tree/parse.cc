@@ -427,6 +427,17 @@ XmlDocument parse_memory(std::string_view bytes, ParseOutcome& outcome) noexcept
     return parse(input, call, nullptr, outcome);
 }
 
+XmlDocument new_document() noexcept
+{
+    XmlDictionary dictionary = spare_dictionary.take();
+    if (!dictionary)
+        dictionary.reset(xmlDictCreate());
+    XmlDocument document(dictionary ? xmlNewDoc(to_xml("1.0")) : nullptr);
+    if (document)
+        document->dict = dictionary.release();
+    return document;
+}
+
 void free_parsed(XmlDocument document) noexcept
 {
     XmlDictionary dictionary;

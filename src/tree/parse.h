@@ -1,4 +1,4 @@
-// From a file to a tree.
+// From a file, or from nothing, to a tree.
 #ifndef KALV_TREE_PARSE_H
 #define KALV_TREE_PARSE_H
 
@@ -22,7 +22,10 @@ XmlDocument parse_file(const char* file_name, ParseOutcome& outcome) noexcept;
 /// Parses the bytes of a file that stand in memory.
 XmlDocument parse_memory(std::string_view bytes, ParseOutcome& outcome) noexcept;
 
-/// Frees a document, and may keep its dictionary for the next one to be parsed: that one mostly has the same names.
+/// A document without nodes; null when memory runs out. Its names will be shared as those of parsed ones are.
+XmlDocument new_document() noexcept;
+
+/// Frees a document, and may keep its dictionary for the next one: that one mostly has the same names.
 void free_parsed(XmlDocument document) noexcept;
 
 /// The one that is kept stays when the process ends: in a forked child, freeing it could wait for ever for a lock of

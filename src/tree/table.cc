@@ -275,7 +275,7 @@ long kh_tree_create(long* ierr)
     Document* document = full || !initialised ? nullptr : kh::reserve(fd);
     if (document) {
         const kh::ParserCall call;
-        kh::XmlDocument empty(xmlNewDoc(kh::to_xml("1.0")));
+        kh::XmlDocument empty = kh::new_document();
         document->doc = call.out_of_memory() ? nullptr : empty.release();
         document->opening = !document->doc;
     }
