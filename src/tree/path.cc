@@ -503,7 +503,10 @@ void write_path(Document& document, xmlNode* element, std::string& path)
 {
     // From the end, so that a step up appends to it.
     path.clear();
-    const auto append = [&path](std::string_view text) { path.append(text.rbegin(), text.rend()); };
+    const auto append = [&path](std::string_view text) {
+        path.append(text);
+        std::reverse(path.end() - static_cast<std::ptrdiff_t>(text.size()), path.end());
+    };
     for (xmlNode* node = element; node && node != document.root; node = node->parent) {
         if (!is_element(node))
             continue;
