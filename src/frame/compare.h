@@ -18,13 +18,24 @@ Word word_at(const char* text) noexcept
     return word;
 }
 
+/// How many bytes in front of two words are the same, given where they differ.
+inline std::size_t equal_bytes(std::uint64_t difference) noexcept
+{
+    constexpr bool first_is_lowest = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    const int bits = first_is_lowest ? __builtin_ctzll(difference) : __builtin_clzll(difference);
+    return static_cast<std::size_t>(bits) / 8;
+}
+
 inline std::size_t common_length(std::string_view one, std::string_view other) noexcept
 {
     constexpr std::size_t step = sizeof(std::uint64_t);
     const std::size_t length = std::min(one.size(), other.size());
     std::size_t common = 0;
-    while (common + step <= length && word_at(one.data() + common) == word_at(other.data() + common))
-        common += step;
+    for (; common + step <= length; common += step) {
+        const std::uint64_t difference = word_at(one.data() + common) ^ word_at(other.data() + common);
+        if (difference != 0)
+            return common + equal_bytes(difference);
+    }
     while (common < length && one[common] == other[common])
         ++common;
     return common;

@@ -118,12 +118,18 @@ xmlNode* go_to_child(Document& document, const xmlNode* node, const char* name, 
         }
     }
     // An index below 0 takes the first child, whatever it is: callers reach texts that way.
-    for (long k = is_element_named(child, name) ? 0 : -1; k < index; ++k) {
-        child = go_to_next_sibling(document, child, name);
-        if (!child)
-            return nullptr;
+    if (index < 0)
+        return child;
+    NameMatch matches(name);
+    for (const xmlNode* first = child; child; child = child->next) {
+        if (!matches(child))
+            continue;
+        if (child != first)
+            document.current = child;
+        if (index-- == 0)
+            return child;
     }
-    return child;
+    return nullptr;
 }
 
 xmlAttr* attribute_named(const xmlNode* node, const char* name) noexcept

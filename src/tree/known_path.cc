@@ -22,7 +22,7 @@ std::size_t length_of_plain_index(std::string_view path, std::size_t start, long
 
 bool KnownPath::take_index(std::string_view other) noexcept
 {
-    if (array_position != -1 || text.empty() || other.empty() || other.back() != text.back())
+    if (!has_index || array_position != -1 || text.empty() || other.empty() || other.back() != text.back())
         return false;
     const std::size_t common = common_length(text, other);
     const long segment = common < other.size() ? segment_with_index_at(common) : -1;
@@ -40,9 +40,8 @@ bool KnownPath::take_index(std::string_view other) noexcept
     return true;
 }
 
-long KnownPath::segments_shared_with(std::string_view other) const noexcept
+long KnownPath::segments_shared_with(std::string_view other, std::size_t common) const noexcept
 {
-    const std::size_t common = common_length(text, other);
     const bool ends_there = common == other.size() || other[common] == '/';
     const long last = array_position == -1 ? count : array_position; // an array node's index changes in walks
     long shared = 0;
@@ -58,6 +57,8 @@ void KnownPath::begin_like(const KnownPath& other, long shared) noexcept
         std::copy_n(other.walked, std::min(other.walked_count, shared), walked);
     }
     count = shared;
+    has_index = other.has_index && shared > 0;
+    has_step_up = other.has_step_up && shared > 0;
     array_position = -1;
     walked_count = std::min(other.walked_count, shared);
     numbered_for = 0;
@@ -77,15 +78,6 @@ void KnownPath::loop_along(long segment) noexcept
     loop_segment = segment;
     loop_list = nullptr;
     loop_generation = 0;
-}
-
-bool KnownPath::has_step_up() const noexcept
-{
-    for (long i = 0; i < count; ++i) {
-        if (is_step_up(i))
-            return true;
-    }
-    return false;
 }
 
 /// The segment that has a character in its brackets; -1 if none has.

@@ -53,6 +53,8 @@ struct KnownPath {
     Segment segments[KH_MAX_PATH_NODES];
     long count = 0;
     bool absolute = false;
+    bool has_index = false;   ///< some segment may have brackets
+    bool has_step_up = false; ///< some segment may be ".."
     long array_position = -1; ///< of the segment written "[*]"; -1 if there is none
     ReusedBlock block;        ///< the names, one behind the other
 
@@ -93,14 +95,14 @@ struct KnownPath {
     /// Becomes a path that differs in one index, whichever that is. False, and no change, where it differs otherwise.
     bool take_index(std::string_view other) noexcept;
 
-    /// How many segments another path has in common with this one, from the start on.
-    long segments_shared_with(std::string_view other) const noexcept;
+    /// How many segments another path has in common with this one, from the start on, as far as the texts are the same.
+    long segments_shared_with(std::string_view other, std::size_t common) const noexcept;
 
     /// Becomes a path that begins with segments of another, which may be this one.
     void begin_like(const KnownPath& other, long shared) noexcept;
 
     /// Its segments are complete.
-    void completed() noexcept { is_plain = absolute && array_position == -1 && !has_step_up(); }
+    void completed() noexcept { is_plain = absolute && array_position == -1 && !has_step_up; }
 
     bool is_step_up(long segment) const noexcept
     {
@@ -113,7 +115,6 @@ struct KnownPath {
 
 private:
     void loop_along(long segment) noexcept;
-    bool has_step_up() const noexcept;
     long segment_with_index_at(std::size_t place) const noexcept;
     bool replace_index(std::string_view other, long segment, std::size_t length, long number) noexcept;
     /// Changes an index, which walks then follow from there on.

@@ -297,7 +297,8 @@ void start_element(void* context, const xmlChar* local_name, const xmlChar* pref
                    int namespace_count, const xmlChar** namespaces, int attribute_count, int defaulted_count,
                    const xmlChar** attributes)
 {
-    if (void* outcome = static_cast<xmlParserCtxt*>(context)->_private) // an entity may have a parser of its own
+    if (void* outcome =
+            static_cast<xmlParserCtxt*>(context)->_private) // an entity may have a parser of its own
         ++static_cast<ParseOutcome*>(outcome)->elements;
     xmlSAX2StartElementNs(context, local_name, prefix, uri, namespace_count, namespaces, attribute_count,
                           defaulted_count, attributes);

@@ -50,6 +50,18 @@ void put_onto_stack(Document& document, KnownPath& path) noexcept
     path.used = ++document.paths_used;
 }
 
+/// Which characters end the name of a segment.
+struct NameEnds {
+    constexpr NameEnds() noexcept
+    {
+        for (const char c : {'\0', '/', '['})
+            is_end[static_cast<unsigned char>(c)] = true;
+    }
+    constexpr bool operator[](unsigned char c) const noexcept { return is_end[c]; }
+    bool is_end[0x100] = {};
+};
+constexpr NameEnds ends_name;
+
 /// Takes a path apart, behind the segments that a known path has already.
 class Chopping {
 public:
@@ -79,19 +91,23 @@ private:
     /// \return the end of the segment
     const char* add(const char* start) noexcept
     {
-        const char* bracket = nullptr;
-        const char* end = start;
-        for (; *end && *end != '/'; ++end) {
-            if (*end == '[' && !bracket)
-                bracket = end;
-        }
+        const char* name_end = start;
+        while (!ends_name[static_cast<unsigned char>(*name_end)])
+            ++name_end;
+        const char* end = name_end;
+        while (*end && *end != '/')
+            ++end;
         fits_ = path_.count < KH_MAX_PATH_NODES;
         if (!fits_)
             return end;
-        const long index = bracket ? index_at(bracket + 1) : 0;
+        const bool has_brackets = *name_end == '[';
+        const long index = has_brackets ? index_at(name_end + 1) : 0;
+        if (has_brackets)
+            path_.has_index = true;
+        if (start[0] == '.' && start[1] == '.' && name_end - start == 2)
+            path_.has_step_up = true;
         const auto offset = [this](const char* place) { return static_cast<std::size_t>(place - text_); };
-        path_.segments[path_.count] = {nullptr, index, offset(start), offset(bracket ? bracket : end),
-                                       offset(end)};
+        path_.segments[path_.count] = {nullptr, index, offset(start), offset(name_end), offset(end)};
         ++path_.count;
         return end;
     }
@@ -176,17 +192,17 @@ KnownPath& path_to_replace(Document& document) noexcept
 /// A path to be taken apart, with as many segments as a known one has.
 KnownPath& begin_path(Document& document, std::string_view text) noexcept
 {
-    const KnownPath* like = nullptr;
-    long shared = 0;
+    const KnownPath* like = document.known_paths;
+    std::size_t most = 0;
     for (const KnownPath& known : document.known_paths) {
-        const long segments = accelerated ? known.segments_shared_with(text) : 0;
-        if (segments > shared) {
-            shared = segments;
+        const std::size_t common = accelerated ? common_length(known.text, text) : 0;
+        if (common > most) {
+            most = common;
             like = &known;
         }
     }
     KnownPath& path = path_to_replace(document);
-    path.begin_like(like ? *like : path, shared);
+    path.begin_like(*like, like->segments_shared_with(text, most));
     return path;
 }
 
@@ -240,13 +256,13 @@ long walk_end(const Document& document) noexcept
 }
 
 /// One step of a walk, along an entry of the stack.
-xmlNode* step(long* fd, Document& document, xmlNode* node, long entry, Operation& op) noexcept
+inline xmlNode* step(long* fd, Document& document, xmlNode* node, long entry, Operation& op) noexcept
 {
     const char* name = document.stack_name[entry];
-    if (name[0] == '.' && name[1] == '\0')
-        return node;
-    if (!document.path_on_stack->is_step_up(entry))
+    if (name[0] != '.' || (name[1] != '\0' && !document.path_on_stack->is_step_up(entry)))
         return go_to_child(document, node, name, document.stack_index[entry]);
+    if (name[1] == '\0')
+        return node;
     node = kh_tree_go_to_parent(fd, node, op.error_vector());
     if (op.status() != KH_OK)
         op.pass_on();
@@ -348,17 +364,6 @@ xmlNode* walk_from_root(long* fd, Document& document, long end, Operation& op) n
     return node;
 }
 
-/// The child element of a name with a 0-based index; null if there is none.
-xmlNode* near_child(const xmlNode* node, const char* name, long index, const FetchAhead& ahead) noexcept
-{
-    for (xmlNode* child = first_child(node); child; child = child->next) {
-        ahead.fetch_node(child);
-        if (is_element_named(child, name) && index-- == 0)
-            return child;
-    }
-    return nullptr;
-}
-
 /// The list of children that a loop goes along, whose parent the walk has reached. May throw std::bad_alloc.
 ChildIndex::List& loop_list(Document& document, KnownPath& path)
 {
@@ -373,7 +378,7 @@ ChildIndex::List& loop_list(Document& document, KnownPath& path)
 
 /// What another turn of a loop leads to, by the list of children that it goes along; null for what takes more than
 /// that. The cursor stays where that is null.
-xmlNode* find_in_list(Document& document, KnownPath& path, long end) noexcept
+xmlNode* find_in_list(long* fd, Document& document, KnownPath& path, long end, Operation& op) noexcept
 {
     const long segment = path.loop_segment;
     if (!path.in_a_loop || path.walked_count != segment || segment >= end ||
@@ -381,17 +386,21 @@ xmlNode* find_in_list(Document& document, KnownPath& path, long end) noexcept
         return nullptr;
     try {
         xmlNode* node = loop_list(document, path).at(static_cast<std::size_t>(path.segments[segment].index));
-        if (node) {
+        if (node)
             path.ahead.reached(node);
+        xmlNode* const before = document.current;
+        for (long i = segment + 1; node && i < end; ++i) {
             path.ahead.fetch_node(node);
+            path.ahead.fetch_node(first_child(node));
+            node = step(fd, document, node, i, op);
         }
-        for (long i = segment + 1; node && i < end; ++i)
-            node = near_child(node, path.segments[i].name, path.segments[i].index, path.ahead);
+        document.current = node ? node : before;
         if (!node)
             return nullptr;
+        path.ahead.fetch_node(node);
         path.ahead.fetch_node(first_child(node));
         document.element_index.walked(static_cast<std::size_t>(end - segment));
-        return document.current = node;
+        return node;
     } catch (const std::bad_alloc&) {
         return nullptr; // the walk needs no memory
     }
@@ -400,10 +409,9 @@ xmlNode* find_in_list(Document& document, KnownPath& path, long end) noexcept
 /// Walks along a plain path, which has nothing to report.
 [[gnu::noinline]] xmlNode* walk_silently(long* fd, Document& document, KnownPath& path, long end) noexcept
 {
-    if (xmlNode* node = find_in_list(document, path, end))
-        return node;
     Operation op("kh_tree_go_to_stack_node", nullptr);
-    return walk_from_root(fd, document, end, op);
+    xmlNode* node = find_in_list(fd, document, path, end, op);
+    return node ? node : walk_from_root(fd, document, end, op);
 }
 
 /// The same where another turn of a loop mostly takes a look into the index, or two.
