@@ -245,14 +245,34 @@ public:
                           : "[*]";
     }
 
+    /// Some values of an item, then of the next one, as programs read and build lists.
+    std::string turn()
+    {
+        static const char* const behind[] = {"/Value",    "/Name",     "/@id",        "",
+                                             "/Value[2]", "/Value[0]", "/Item/Value", "/None"};
+        item_ += static_cast<long>(random.below(3));
+        if (random.below(40) == 0)
+            item_ = static_cast<long>(random.below(3));
+        const std::string list = random.below(8) == 0 ? "/Root/Group" : "/Root/List";
+        if (random.below(6) == 0)
+            return list;
+        return list + "/Item[" + std::to_string(item_) + "]" + behind[random.below(std::size(behind))];
+    }
+
     std::string path()
     {
         static const char* const likely[] = {
             "/Root/List/Item[*]/Value", "/Root/List/Item[*]/@id",     "/Root/Group[2]/Item[*]/Value",
             "/Root/List/Item[7]/Value", "/Root/List/Item[12]/Value",  "/Root/List/Item[*]/Group/Value",
             "/Root/List/Item[*]/Item",  "/Root/List/Item[120]/Value", "/Root/List/Item[*]"};
-        if (random.below(2) == 0)
+        switch (random.below(4)) {
+        case 0:
             return likely[random.below(std::size(likely))];
+        case 1:
+            return turn();
+        default:
+            break;
+        }
         std::string path = random.below(5) == 0 ? name() : random.below(20) == 0 ? "/Rooted" : "/Root";
         for (std::size_t i = random.below(5); i > 0; --i)
             path += "/" + (random.below(12) == 0 ? std::string(random.below(2) == 0 ? ".." : ".")
@@ -309,6 +329,7 @@ public:
 
 private:
     support::RandomInput random;
+    long item_ = 1; ///< the turn of the session's loops
 };
 
 TEST(Accelerated, SessionsAreTheSameWithNothingRemembered)
