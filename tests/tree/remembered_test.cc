@@ -310,6 +310,43 @@ TEST(PathsInTurn, FollowAnEditEach)
     EXPECT_EQ(values(), "R I V 77 V 32 ");
 }
 
+TEST(PathsInALoop, GoOnAlongAListThatCameBeforeTheOther)
+{
+    const auto list = [](int from) {
+        std::string text = "<L>";
+        for (int i = from; i < from + 40; ++i)
+            text += "<I><V>" + std::to_string(i) + "</V></I>";
+        return text + "</L>";
+    };
+    Document document("<R>" + list(1) + "</R>");
+    const auto value = [&](int item) {
+        long read = 0;
+        const std::string path = "/R/L/I[" + std::to_string(item) + "]/V";
+        kh_tree_path_read_integer_node_value(&document.fd, path.c_str(), &read, &document.status);
+        EXPECT_EQ(document.status, 0) << path;
+        return read;
+    };
+    for (int item = 1; item <= 10; ++item)
+        EXPECT_EQ(value(item), item);
+    kh_tree_add_previous_sibling(&document.fd, "/R/L", "L", &document.status);
+    ASSERT_EQ(document.status, 0);
+    for (int item = 1; item <= 40; ++item) {
+        const std::string path = "/R/L/I[" + std::to_string(item) + "]";
+        kh_tree_add_child(&document.fd, "/R/L", "I", &document.status);
+        kh_tree_add_child(&document.fd, path.c_str(), "V", &document.status);
+        const long number = 100 + item;
+        kh_tree_set_integer_node_value(&document.fd, (path + "/V").c_str(), &number, "%ld", &document.status);
+        ASSERT_EQ(document.status, 0);
+        EXPECT_EQ(value(item), 100 + item);
+    }
+    for (int item = 11; item <= 40; ++item)
+        EXPECT_EQ(value(item), 100 + item);
+    kh_tree_remove_node(&document.fd, "/R/L[1]", &document.status);
+    ASSERT_EQ(document.status, 0);
+    for (int item = 1; item <= 40; ++item)
+        EXPECT_EQ(value(item), item);
+}
+
 TEST(PathsInTurn, BuildAListAsOneByOne)
 {
     Document built("<R><L/></R>");
