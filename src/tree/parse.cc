@@ -232,7 +232,10 @@ public:
             keep(nullptr);
     }
 
-    XmlDictionary take() noexcept { return owned(kept_.exchange(nullptr)); }
+    XmlDictionary take() noexcept
+    {
+        return XmlDictionary(has_standard_memory() ? kept_.exchange(nullptr) : nullptr);
+    }
     /// Keeps a small one.
     void keep(XmlDictionary dictionary) noexcept
     {
@@ -240,20 +243,16 @@ public:
         const bool is_small = !dictionary || (xmlDictSize(dictionary.get()) <= few &&
                                               xmlDictGetUsage(dictionary.get()) <= most_bytes);
         if (is_small && has_standard_memory())
-            owned(kept_.exchange(dictionary.release()));
+            XmlDictionary(kept_.exchange(dictionary.release()));
     }
     void leave() noexcept { is_left_ = true; }
 
     static constexpr std::size_t most_bytes = 256U << 10;
 
 private:
-    /// A host program may give libxml2 other functions for memory, also after the last document was closed.
+    /// A host program may give libxml2 other functions for memory, also after the last document was closed. What is
+    /// kept came from the standard ones, and stays as long as there are others.
     static bool has_standard_memory() noexcept { return xmlFree == static_cast<xmlFreeFunc>(std::free); }
-    /// What was kept came from the standard ones. Where there are others now, it is left as it is.
-    static XmlDictionary owned(xmlDict* kept) noexcept
-    {
-        return XmlDictionary(has_standard_memory() ? kept : nullptr);
-    }
 
     std::atomic<xmlDict*> kept_{nullptr};
     bool is_left_ = false;
