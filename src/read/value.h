@@ -116,8 +116,8 @@ long read_attribute(long* fd, const char* element, const char* attribute, TextTa
 /// function's: callers compare these reports.
 long read_path(long* fd, const char* path, TextTarget& target, long* ierr) noexcept;
 
-/// The text at the end of a path that need not be taken apart, because it is the last one again or another turn of a
-/// loop. All is then as after read_path(). Null where it has to be, or where there is something to report: then
+/// The text at the end of a path that need not be taken apart, because it is one of the last or another turn of
+/// a loop. All is then as after read_path(). Null where it has to be, or where there is something to report: then
 /// read_path() is to be called.
 const char* known_path_text(long* fd, std::string_view path) noexcept;
 

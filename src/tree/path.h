@@ -20,8 +20,8 @@ inline bool has_array_node(const Document& document) noexcept
     return document.array_position != -1;
 }
 
-/// Moves the cursor to the node that a path leads to, where the path need not be taken apart: because it is the last
-/// path again, or differs from it in an index alone, as in a loop. All is then as after chop_path() and
+/// Moves the cursor to the node that a path leads to, where the path need not be taken apart: because it is one of
+/// the last paths, or differs from one in an index alone, as in a loop. All is then as after chop_path() and
 /// go_to_stack_node(). Null where it has to be, or where there is no such node: then these two are to be called, and
 /// report.
 xmlNode* go_to_known_node(long* fd, Document& document, std::string_view path) noexcept;
